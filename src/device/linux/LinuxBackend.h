@@ -1,0 +1,28 @@
+#pragma once
+
+#include "device/DriveBackend.h"
+
+/// Disks of a Linux machine: /dev/sda../dev/sdz through SG_IO and the HDIO
+/// ioctls, volumes from sysfs and the mount table.
+class LinuxBackend : public DriveBackend
+{
+public:
+    std::string diskPath(int probe) const override;
+    DiskHandle openDisk(const std::string &path) override;
+    void closeDisk(DiskHandle handle) override;
+    bool geometry(DiskHandle handle, DiskGeometry &out) override;
+    bool diskLength(DiskHandle handle, std::uint64_t &bytes) override;
+    bool deviceNumber(DiskHandle handle, std::int32_t &number) override;
+    int deviceDescriptor(DiskHandle handle, std::uint8_t *buffer, int size) override;
+    bool smartVersion(DiskHandle handle, std::uint8_t &version, std::uint8_t &revision) override;
+    bool ataCommand(DiskHandle handle, int path, int probeIndex, AtaExchange &exchange) override;
+    std::vector<std::string> volumeNames() override;
+    bool isFixedVolume(const std::string &volumeName) override;
+    bool volumeSpace(const std::string &volumeName, VolumeSpace &out) override;
+    bool volumeInformation(const std::string &volumeName, VolumeInformation &out) override;
+    bool volumeDeviceNumber(const std::string &volumeName, std::int32_t &number) override;
+    std::vector<MountPoint> mountPoints() override;
+    DiskHandle openForRead(const std::string &path, bool directIo) override;
+    std::int64_t readAt(DiskHandle handle, std::uint64_t offset, std::uint8_t *buffer,
+                        std::uint32_t length) override;
+};
