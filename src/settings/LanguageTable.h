@@ -1,0 +1,179 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+/// Entries of the language files, by line number (from 0). The English text is given with each.
+namespace Lang {
+enum Entry : int {
+    LanguageName = 0,           ///< "English" (name of the file's own language)
+    UnitCelsius = 1,            ///< "°C"; the unit for a display flag f is UnitCelsius + f
+    UnitFahrenheit = 2,         ///< "°F"
+    CelsiusName = 3,            ///< "Celsius"
+    FahrenheitName = 4,         ///< "Fahrenheit"
+    LanguageLabel = 5,          ///< "Language"
+    LanguageLoadFailed = 6,     ///< "The selected language file is invalid or damaged."
+    LanguageKept = 7,           ///< "The current language remains in use."
+    UnitSeconds = 8,            ///< "seconds"
+    UnitMinutes = 9,            ///< "minutes"
+    UnitHours = 10,             ///< "hours"
+    PreferencesTitle = 11,      ///< "Preferences"
+    GeneralPage = 12,           ///< "General"
+    NotificationsPage = 13,     ///< "Notifications"
+    EmailPage = 14,             ///< "E-Mail"
+    CheckSmartEvery = 15,       ///< "Check SMART attributes every"
+    CheckSpaceEvery = 16,       ///< "Check Free Disk Space every"
+    ShowTrayTemperature = 17,   ///< "Show temperature in the tray"
+    ShowTemperatureIn = 18,     ///< "Show temperature in"
+    DiskLabel = 19,             ///< "Disk"
+    StyleLabel = 20,            ///< "Style"
+    StartAtLogon = 21,          ///< "Start Korvane at logon"
+    PopupNotifications = 22,    ///< "Popup notifications"
+    EmailNotifications = 23,    ///< "E-Mail notifications"
+    RunExternalTask = 24,       ///< "Run an external Task"
+    OnWarning = 25,             ///< "On warning:"
+    OnAlarm = 26,               ///< "On alarm:"
+    TrayColours = 27,           ///< "Temperature colours in the tray"
+    ColourNormal = 28,          ///< "Normal"
+    ColourWarning = 29,         ///< "Warning"
+    ColourCritical = 30,        ///< "Critical"
+    Ok = 31,                    ///< "OK"
+    Apply = 32,                 ///< "Apply"
+    Cancel = 33,                ///< "Cancel"
+    SmtpFrom = 34,              ///< "From:"
+    SmtpTo = 35,                ///< "To:"
+    SmtpServer = 36,            ///< "Server Name:"
+    SmtpPort = 37,              ///< "Port:"
+    SmtpUser = 38,              ///< "User Name"
+    SmtpPassword = 39,          ///< "Password"
+    SmtpAuth = 40,              ///< "My server requires Authentication"
+    SmtpTest = 41,              ///< "Test"
+    SmtpRelay = 42,             ///< "Get a free SMTP relay"
+    Browse = 43,                ///< "Browse..."
+    WarningTemperature = 44,    ///< "Warning temperature"
+    CriticalTemperature = 45,   ///< "Critical temperature"
+    LevelWarningLabel = 46,     ///< "warning"
+    LevelCriticalLabel = 47,    ///< "critical"
+    DiskInfoPage = 48,          ///< "Disk Info"
+    SmartInfoPage = 49,         ///< "SMART Info"
+    ScanDiskPage = 50,          ///< "Scan Disk"
+    EventsLogPage = 51,         ///< "Events Log"
+    StatisticsPage = 52,        ///< "Statistics"
+    FileMenu = 53,              ///< "&File"
+    TasksMenu = 54,             ///< "Tasks"
+    HelpMenu = 55,              ///< "Help"
+    SaveEventLog = 56,          ///< "Save Event log info"
+    SaveSmartInfo = 57,         ///< "Save SMART info"
+    MonitoringOff = 58,         ///< "Stop monitoring"
+    MonitoringOn = 59,          ///< "Start monitoring"
+    MonitoringGroup = 60,       ///< "Monitoring"
+    SettingsMenu = 61,          ///< "Settings"
+    Refresh = 62,               ///< "Refresh"
+    About = 63,                 ///< "About"
+    UserManual = 64,            ///< "User manual"
+    Register = 65,              ///< "Register..."
+    TrayShow = 66,              ///< "&Show"
+    TrayHide = 67,              ///< "&Hide"
+    TrayClose = 68,             ///< "&Close"
+    DeviceColumn = 69,          ///< "Device"
+    TemperatureColumn = 70,     ///< "Temperature"
+    NotSupported = 71,          ///< "Not supported"
+    NotMonitoring = 72,         ///< "Not monitoring"
+    SmartNotSupported = 73,     ///< "SMART not supported"
+    EverythingOk = 74,          ///< "Everything is OK"
+    WorkTime = 75,              ///< "Work Time:"
+    HealthStatus = 76,          ///< "Health Status:"
+    VerifyingNumbers = 77,      ///< "Verifying numbers..."
+    WhenNotify = 78,            ///< "When to notify"
+    NotifyNever = 79,           ///< "Never"
+    NotifyWhenBelow = 80,       ///< "When the value falls below" (lower value is worse)
+    NotifyWhenAbove = 81,       ///< "When the value rises above" (higher value is worse)
+    NotifyWhenChanged = 82,     ///< "Whenever the value changes"
+    DiskSettingsTitle = 83,     ///< "Disk Settings"
+    CheckThisDevice = 84,       ///< "Check this device"
+    VendorSettings = 85,        ///< "Vendor settings"
+    Title = 86,                 ///< "Korvane" (window, message box and e-mail caption; tray summary head)
+    PowerOnCount = 87,          ///< "Power-on hours count (9)"
+    InHours = 88,               ///< "in hours"
+    InMinutes = 89,             ///< "in minutes"
+    InSeconds = 90,             ///< "in seconds"
+    InHalfMinutes = 91,         ///< "in units of 30 seconds"
+    HdaTemperature = 92,        ///< "HDA temperature (194)"
+    LoadUnloadTwoValues = 93,   ///< "Load/Unload cycle count contains two values (193)"
+    LevelBase = 94,             ///< "NOT CHECKED"; the name of health level n is LevelBase + n
+    LevelOk = 95,               ///< "OK"
+    LevelWarning = 96,          ///< "WARNING"
+    LevelAlarm = 97,            ///< "ALARM"
+    AttrIdColumn = 98,          ///< "ID"
+    AttrNameColumn = 99,        ///< "Attribute"
+    AttrValueColumn = 100,      ///< "Value"
+    AttrWorstColumn = 101,      ///< "Worst"
+    AttrThresholdColumn = 102,  ///< "Threshold"
+    AttrRawColumn = 103,        ///< "Raw Value"
+    AttrStatusColumn = 104,     ///< "Status"
+    MailStatus = 105,           ///< "Health status:" (first word of the e-mail subject's bracket)
+    Description = 106,          ///< "Description"
+    HealthAttribute = 107,      ///< "Health attribute."
+    HealthPerfAttribute = 108,  ///< "Health/Performance attribute."
+    PerfAttribute = 109,        ///< "Performance attribute."
+    InfoAttribute = 110,        ///< "Information attribute."
+    VolumesHeading = 111,       ///< "Volumes"
+    StartScan = 112,            ///< "Start scan"
+    StopScan = 113,             ///< "Stop scan"
+    ScanSettings = 114,         ///< "Scan settings"
+    ScanComplete = 115,         ///< "Scan complete"
+    DateColumn = 116,           ///< "Date"
+    TimeColumn = 117,           ///< "Time"
+    Period = 118,               ///< "Period"
+    AllDisks = 119,             ///< "All disks"
+    Show = 120,                 ///< "Show"
+    TemperatureGraph = 121,     ///< "Temperature graph"
+    WarningAlarmEvents = 122,   ///< "Warning and alarm events"
+    LanguageEnglish = 123,      ///< "English"
+    LanguageRussian = 124,      ///< "Russian"
+    LanguageGerman = 125,       ///< "German"
+    EntryCount = 126            ///< lines in each bundled file
+};
+} // namespace Lang
+
+/// The user-interface texts of the chosen language, one process-wide table. It is replaced only on
+/// the GUI thread (at start-up and when the user picks another language); readers index it by Lang::Entry.
+class LanguageTable
+{
+public:
+    /// A language file shorter than this is refused: the line count is the whole validity check.
+    static constexpr int MinimumLines = 107;
+
+    /// Language indexes as the settings hold them.
+    enum Language : int { English = 0, Russian = 1, German = 2 };
+
+    /// How the start-up language selection ended.
+    enum class StartupResult {
+        Loaded,        ///< the requested language is in use
+        LoadedDefault, ///< it was not usable; English is in use (tell the user, go on)
+        Failed         ///< nothing could be loaded (tell the user, stop)
+    };
+
+    /// Resource path of the file for a language index: 1 Russian, 2 German, anything else English.
+    static QString resourcePath(int languageIndex);
+    /// Loads the file for languageIndex into the table; false (table untouched) when it is missing or too short.
+    static bool loadLanguage(int languageIndex);
+    /// Loads any UTF-8 language file into the table, with the same rule as loadLanguage().
+    static bool loadFile(const QString &path);
+    /// Start-up selection: languageIndex, else English.
+    static StartupResult loadAtStartup(int languageIndex);
+    /// The message to show for a start-up result; empty for Loaded.
+    static QString startupMessage(StartupResult result);
+
+    /// The current table.
+    static const QStringList &entries();
+    /// One entry, or an empty string when the table has no such line.
+    static QString text(int entry);
+};
+
+/// The process-wide table (LanguageTable::entries()).
+const QStringList &languageTable();
+/// LanguageTable::loadLanguage().
+bool loadLanguage(int languageIndex);
+/// LanguageTable::text().
+QString languageText(int entry);

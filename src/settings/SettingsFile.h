@@ -1,0 +1,29 @@
+#pragma once
+
+#include "AppSettings.h"
+#include "DiskSettings.h"
+
+#include "device/DiskRecord.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+/// Reading and writing the settings file: a flat list of "key=value" lines followed by one
+/// "disk[serial]=(monitored,unit)" line per disk, CR LF line ends, no sections.
+class SettingsFile
+{
+public:
+    /// Reads path into settings; diskSettings is cleared, then filled from the disk lines.
+    /// Values out of range leave the held value; an empty string never clears one. False when path cannot be read.
+    static bool load(const QString &path, AppSettings &settings, QList<DiskSettings> &diskSettings);
+    /// Parses file content as load() does (line ends may be LF or CR LF).
+    static void parse(const QByteArray &content, AppSettings &settings, QList<DiskSettings> &diskSettings);
+    /// The file content for settings and the disks present now, in the local 8-bit encoding.
+    static QByteArray render(const AppSettings &settings, const QList<DiskRecord> &disks);
+    /// Writes render() to path through a temporary file and a rename, readable by its owner only.
+    static bool save(const QString &path, const AppSettings &settings, const QList<DiskRecord> &disks);
+    /// Applies the first entry whose serial equals disk.serial: its monitoring flag, and its attribute-9
+    /// unit only when both the entry's and the disk's unit are already known.
+    static void applyDiskSettings(const QList<DiskSettings> &diskSettings, DiskRecord &disk);
+};
