@@ -1,0 +1,81 @@
+#include "AppSettings.h"
+
+#include "AppPaths.h"
+#include "SettingsFile.h"
+
+int AppSettings::defaultStyleIndex(const QStringList &styleKeys)
+{
+    const int index = styleKeys.indexOf(QStringLiteral("WindowsVista"));
+    return index >= 0 ? index : 1;
+}
+
+void AppSettings::setDefaults(const QStringList &styleKeys)
+{
+    // Only the saved keys: the run-time values come from the command line and must survive.
+    AppSettings defaults;
+    defaults.StyleType = defaultStyleIndex(styleKeys);
+    defaults.showMainWindow = showMainWindow;
+    defaults.detailLogEnabled = detailLogEnabled;
+    defaults.winPEMode = winPEMode;
+    defaults.is64BitBuild = is64BitBuild;
+    defaults.executableDirectory = executableDirectory;
+    *this = defaults;
+}
+
+bool AppSettings::isSmtpConfigured() const
+{
+    return !SMTP_from.isEmpty() && !SMTP_to.isEmpty() && !SMTP_server.isEmpty();
+}
+
+int AppSettings::displayTemperature(int celsius) const
+{
+    return temp_celsius == 0 ? celsius : celsius * 9 / 5 + 32;
+}
+
+qint64 AppSettings::intervalMs(int count, int unit)
+{
+    qint64 factor = 60000;
+    if (unit == 0)
+        factor = 1000;
+    else if (unit == 2)
+        factor = 3600000;
+    return count * factor;
+}
+
+AppSettings &appSettings()
+{
+    static AppSettings settings;
+    return settings;
+}
+
+QList<DiskSettings> &diskSettingsList()
+{
+    static QList<DiskSettings> list;
+    return list;
+}
+
+void setDefaults(const QStringList &styleKeys)
+{
+    appSettings().setDefaults(styleKeys);
+}
+
+bool loadSettings()
+{
+    return SettingsFile::load(AppPaths::settingsFilePath(), appSettings(), diskSettingsList());
+}
+
+bool saveSettings(const QList<DiskRecord> &disks)
+{
+    return SettingsFile::save(AppPaths::settingsFilePath(), appSettings(), disks);
+}
+
+void applyDiskSettings(QList<DiskRecord> &disks, int diskIndex)
+{
+    if (diskIndex >= 0 && diskIndex < disks.size())
+        SettingsFile::applyDiskSettings(diskSettingsList(), disks[diskIndex]);
+}
+
+bool isSmtpConfigured()
+{
+    return appSettings().isSmtpConfigured();
+}

@@ -1,0 +1,353 @@
+#include "settings/AppPaths.h"
+#include "settings/AppSettings.h"
+#include "settings/SettingsFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+// The value a key would be saved with: observing the record through the file format keeps the
+// loader tests independent of field types.
+QString savedValue(const AppSettings &settings, const QString &key)
+{
+    const QString text = QString::fromLocal8Bit(SettingsFile::render(settings, {}));
+    for (const QString &line : text.split(QStringLiteral("\r\n")))
+        if (line.startsWith(key + QLatin1Char('=')))
+            return line.mid(key.size() + 1);
+    return QStringLiteral("<missing>");
+}
+
+AppSettings parsed(const QByteArray &content, QList<DiskSettings> *disks = nullptr)
+{
+    AppSettings settings;
+    QList<DiskSettings> list;
+    SettingsFile::parse(content, settings, disks ? *disks : list);
+    return settings;
+}
+
+QString describe(const QList<DiskSettings> &list)
+{
+    QStringList parts;
+    for (const DiskSettings &entry : list)
+        parts << QStringLiteral("%1,%2,%3").arg(entry.serial).arg(int(entry.monitored)).arg(entry.attr9Unit);
+    return parts.join(QLatin1Char(';'));
+}
+
+DiskRecord disk(const QString &serial, bool monitored, int unit)
+{
+    DiskRecord record;
+    record.serial = serial;
+    record.monitored = monitored;
+    record.powerOnUnit = unit;
+    return record;
+}
+
+bool writeFile(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+class TestSettings : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+    }
+    void init()
+    {
+        qunsetenv(AppPaths::HomeVariable);
+    }
+
+    void defaults()
+    {
+        AppSettings settings;
+        settings.showMainWindow = false;
+        settings.poll_time = 99;
+        settings.setDefaults({QStringLiteral("Windows"), QStringLiteral("Fusion"),
+                              QStringLiteral("WindowsXP"), QStringLiteral("WindowsVista")});
+        QCOMPARE(settings.StyleType, 3);
+        QCOMPARE(settings.poll_time, 5);
+        QVERIFY(!settings.showMainWindow); // run-time values are not defaults of the file
+
+        QCOMPARE(AppSettings::defaultStyleIndex({QStringLiteral("Windows"), QStringLiteral("windowsvista")}), 1);
+        QCOMPARE(AppSettings::defaultStyleIndex({}), 1);
+    }
+
+    void displayAndIntervals()
+    {
+        AppSettings settings;
+        QCOMPARE(settings.displayTemperature(37), 98); // Fahrenheit by default; 98.6 truncated
+        QCOMPARE(settings.displayTemperature(-3), 27); // -27 / 5 truncates toward zero
+        settings.temp_celsius = 0;
+        QCOMPARE(settings.displayTemperature(40), 40);
+        QCOMPARE(settings.smartIntervalMs(), 300000);
+        QCOMPARE(AppSettings::intervalMs(1000, 2), qint64(3600000000)); // beyond int
+    }
+
+    void loadValues_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("expected");
+
+        QTest::newRow("key inside a longer line") << QByteArray("xxpoll_time=7") << "poll_time" << "7";
+        QTest::newRow("zero interval refused") << QByteArray("poll_time=0") << "poll_time" << "5";
+        QTest::newRow("unit 3 refused") << QByteArray("poll_period=3") << "poll_period" << "1";
+        QTest::newRow("port above range") << QByteArray("SMTP_port=50000") << "SMTP_port" << "2525";
+        QTest::newRow("port at top") << QByteArray("SMTP_port=49999") << "SMTP_port" << "49999";
+        QTest::newRow("language 2 refused") << QByteArray("LanguageType=2") << "LanguageType" << "0";
+        QTest::newRow("style 10 refused") << QByteArray("StyleType=10") << "StyleType" << "1";
+        QTest::newRow("colour 17 refused") << QByteArray("color_W=17") << "color_W" << "12";
+        QTest::newRow("unit flag 2 refused") << QByteArray("temp_celsius=2") << "temp_celsius" << "1";
+        QTest::newRow("bool word reads 0") << QByteArray("pop_notif_enable=yes") << "pop_notif_enable" << "0";
+        QTest::newRow("bool 2 refused") << QByteArray("pop_notif_enable=2") << "pop_notif_enable" << "1";
+        QTest::newRow("value holding a later key, first key") << QByteArray("extWarnTask=cmd SMTP_user=a")
+                                                             << "extWarnTask" << "cmd SMTP_user=a";
+        QTest::newRow("value holding a later key, later key") << QByteArray("extWarnTask=cmd SMTP_user=a")
+                                                             << "SMTP_user" << "a";
+        QTest::newRow("bytes read as Latin-1") << QByteArray("SMTP_pass=p\xe4ss") << "SMTP_pass"
+                                               << QString::fromUtf8("p\xc3\xa4ss");
+    }
+    void loadValues()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, key);
+        QFETCH(QString, expected);
+        QCOMPARE(savedValue(parsed(content), key), expected);
+    }
+
+    void emptyStringKeepsValue()
+    {
+        AppSettings settings;
+        settings.SMTP_pass = QStringLiteral("secret");
+        settings.extWarnTask = QStringLiteral("beep");
+        QList<DiskSettings> disks;
+        SettingsFile::parse("SMTP_pass=\r\nextWarnTask=\r\n", settings, disks);
+        QCOMPARE(settings.SMTP_pass, QStringLiteral("secret"));
+        QCOMPARE(settings.extWarnTask, QStringLiteral("beep"));
+    }
+
+    void temperaturePair_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<int>("warn");
+        QTest::addColumn<int>("crit");
+
+        QTest::newRow("critical below default warning") << QByteArray("crit_temp=40") << 55 << 70;
+        QTest::newRow("valid pair") << QByteArray("warn_temp=60\ncrit_temp=65") << 60 << 65;
+        QTest::newRow("lowest pair") << QByteArray("warn_temp=30\ncrit_temp=31") << 30 << 31;
+        QTest::newRow("highest pair") << QByteArray("warn_temp=80\ncrit_temp=100") << 80 << 100;
+        QTest::newRow("warning too low") << QByteArray("warn_temp=29") << 55 << 70;
+        QTest::newRow("warning too high") << QByteArray("warn_temp=81\ncrit_temp=100") << 55 << 70;
+        QTest::newRow("critical too high") << QByteArray("crit_temp=101") << 55 << 70;
+        QTest::newRow("equal pair") << QByteArray("warn_temp=50\ncrit_temp=50") << 55 << 70;
+    }
+    void temperaturePair()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(int, warn);
+        QFETCH(int, crit);
+        const AppSettings settings = parsed(content);
+        QCOMPARE(settings.warn_temp, warn);
+        QCOMPARE(settings.crit_temp, crit);
+    }
+
+    void diskLines_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("expected");
+
+        QTest::newRow("off with unit") << QByteArray("disk[ABC]=(0,3)") << "ABC,0,3";
+        QTest::newRow("on without unit") << QByteArray("disk[ABC]=(1)") << "ABC,1,0";
+        QTest::newRow("empty serial") << QByteArray("disk[]=(1,2)") << "";
+        QTest::newRow("empty value") << QByteArray("disk[ABC]=()") << "";
+        QTest::newRow("no closing bracket") << QByteArray("disk[ABC]=(1,2") << "";
+        QTest::newRow("not numbers") << QByteArray("disk[ABC]=(x,-2)") << "ABC,0,0";
+        QTest::newRow("brackets in the serial are lost") << QByteArray("disk[A(B)]=(1,2)") << "AB,1,2";
+        QTest::newRow("duplicates kept in order") << QByteArray("disk[S1]=(0,3)\r\ndisk[S1]=(1,1)\r\n")
+                                                  << "S1,0,3;S1,1,1";
+    }
+    void diskLines()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, expected);
+        QList<DiskSettings> disks{DiskSettings{QStringLiteral("stale"), true, 1}};
+        parsed(content, &disks);
+        QCOMPARE(describe(disks), expected);
+    }
+
+    void applyDiskSettings()
+    {
+        const QList<DiskSettings> entries{{QStringLiteral("S1"), false, 3},
+                                          {QStringLiteral("S1"), true, 1},
+                                          {QStringLiteral("S2"), true, 2},
+                                          {QStringLiteral("S3"), true, 0}};
+
+        DiskRecord first = disk(QStringLiteral("S1"), true, 1);
+        SettingsFile::applyDiskSettings(entries, first);
+        QVERIFY(!first.monitored); // the first entry for a serial wins
+        QCOMPARE(first.powerOnUnit, 3);
+
+        DiskRecord noUnit = disk(QStringLiteral("S2"), false, 0);
+        SettingsFile::applyDiskSettings(entries, noUnit);
+        QVERIFY(noUnit.monitored);
+        QCOMPARE(noUnit.powerOnUnit, 0); // a disk without a unit never gets one
+
+        DiskRecord unknownEntryUnit = disk(QStringLiteral("S3"), true, 2);
+        SettingsFile::applyDiskSettings(entries, unknownEntryUnit);
+        QCOMPARE(unknownEntryUnit.powerOnUnit, 2);
+
+        DiskRecord otherCase = disk(QStringLiteral("s1"), true, 1);
+        SettingsFile::applyDiskSettings(entries, otherCase);
+        QVERIFY(otherCase.monitored);
+        QCOMPARE(otherCase.powerOnUnit, 1);
+    }
+
+    void defaultFileContent()
+    {
+        AppSettings settings;
+        settings.StyleType = 0;
+        const QByteArray expected =
+            "poll_time=5\r\npoll_period=1\r\ntime_check_space=10\r\nperiod_check_space=1\r\nshow_temp=0\r\n"
+            "temp_celsius=1\r\ndisk_temp_show=0\r\nStyleType=0\r\nLanguageType=0\r\ncolor_N=4\r\ncolor_W=12\r\n"
+            "color_C=2\r\nSMTP_from=\r\nSMTP_to=\r\nSMTP_server=\r\nSMTP_port=2525\r\nSMTP_user=\r\nSMTP_pass=\r\n"
+            "SMTP_auth=0\r\npop_notif_enable=1\r\neml_notif_enable=0\r\nstartup=0\r\nwarn_temp=55\r\ncrit_temp=70\r\n"
+            "extWarnTask=\r\nextCritTask=\r\ndisk[WD-123]=(0,2)\r\n";
+        QCOMPARE(SettingsFile::render(settings, {disk(QStringLiteral("WD-123"), false, 2)}), expected);
+    }
+
+    void roundTrip()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("Korvane.ini"));
+
+        // Every key away from its default, including a password holding "=" and a blank.
+        const AppSettings saved = parsed(
+            "poll_time=30\npoll_period=0\ntime_check_space=2\nperiod_check_space=2\nshow_temp=1\ntemp_celsius=0\n"
+            "disk_temp_show=1\nStyleType=4\nLanguageType=1\ncolor_N=5\ncolor_W=13\ncolor_C=3\n"
+            "SMTP_from=box@example.org\nSMTP_to=admin@example.org\nSMTP_server=smtp.example.org\nSMTP_port=587\n"
+            "SMTP_user=box\nSMTP_pass=p=ss word\nSMTP_auth=1\npop_notif_enable=0\neml_notif_enable=1\nstartup=1\n"
+            "warn_temp=45\ncrit_temp=60\nextWarnTask=/usr/local/bin/warn.sh\nextCritTask=/usr/local/bin/crit.sh\n");
+        QCOMPARE(saved.SMTP_pass, QStringLiteral("p=ss word"));
+        const QList<DiskRecord> disks{disk(QStringLiteral("S1"), false, 4), disk(QStringLiteral("S2"), true, 0)};
+        QVERIFY(SettingsFile::save(path, saved, disks));
+
+        AppSettings loaded;
+        QList<DiskSettings> entries;
+        QVERIFY(SettingsFile::load(path, loaded, entries));
+        QCOMPARE(SettingsFile::render(loaded, {}), SettingsFile::render(saved, {}));
+        QCOMPARE(describe(entries), QStringLiteral("S1,0,4;S2,1,0"));
+
+        // A later load of a file without disk lines forgets the old entries; so does a missing file.
+        QVERIFY(writeFile(path, "poll_time=9\r\n"));
+        QVERIFY(SettingsFile::load(path, loaded, entries));
+        QVERIFY(entries.isEmpty());
+        entries.append(DiskSettings{});
+        QVERIFY(!SettingsFile::load(dir.filePath(QStringLiteral("absent.ini")), loaded, entries));
+        QVERIFY(entries.isEmpty());
+        QCOMPARE(loaded.poll_time, 9);
+    }
+
+    void placeholderInValue()
+    {
+        // Values are filled in one after the other, so "%14" in the sender is taken by the recipient.
+        AppSettings settings;
+        settings.SMTP_from = QStringLiteral("%14");
+        settings.SMTP_to = QStringLiteral("to@example.org");
+        QCOMPARE(savedValue(settings, QStringLiteral("SMTP_from")), QStringLiteral("to@example.org"));
+        QCOMPARE(savedValue(settings, QStringLiteral("SMTP_to")), QStringLiteral("to@example.org"));
+    }
+
+    void saveReplacesFileAtomically()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("Korvane.ini"));
+        const QString link = dir.filePath(QStringLiteral("old-copy"));
+        QVERIFY(writeFile(path, "poll_time=1\r\n"));
+        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup
+                                                | QFile::ReadOther));
+        QCOMPARE(::link(QFile::encodeName(path).constData(), QFile::encodeName(link).constData()), 0);
+
+        QVERIFY(SettingsFile::save(path, AppSettings{}, {}));
+
+        // The new content went into a new file that replaced the name: the old inode is untouched.
+        QCOMPARE(readFile(link), QByteArray("poll_time=1\r\n"));
+        QVERIFY(readFile(path).startsWith("poll_time=5\r\n"));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
+
+        struct stat info {};
+        QCOMPARE(::stat(QFile::encodeName(path).constData(), &info), 0);
+        QCOMPARE(info.st_mode & 0777, mode_t(0600));
+
+        QVERIFY(!SettingsFile::save(dir.filePath(QStringLiteral("missing/Korvane.ini")), AppSettings{}, {}));
+    }
+
+    void paths()
+    {
+        QTemporaryDir exeDir;
+        QCOMPARE(AppPaths::settingsFilePath(exeDir.path()), exeDir.filePath(QStringLiteral("Korvane.ini")));
+        QCOMPARE(AppPaths::eventLogPath(exeDir.path() + QLatin1Char('/')), exeDir.filePath(QStringLiteral("KV_f.log")));
+
+        // A folder we cannot write to sends both files to the per-user folders.
+        const QString gone = exeDir.filePath(QStringLiteral("not-there"));
+        const QString config = AppPaths::settingsFilePath(gone);
+        QCOMPARE(config, QDir(QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation))
+                             .filePath(QStringLiteral("Korvane.ini")));
+        QVERIFY(QFileInfo(config).dir().exists());
+        QCOMPARE(AppPaths::eventLogPath(gone), QDir(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation))
+                                                   .filePath(QStringLiteral("KV_f.log")));
+
+        // The environment overrides both, and the folder is made when missing.
+        QTemporaryDir home;
+        const QString homeDir = home.filePath(QStringLiteral("korvane"));
+        qputenv(AppPaths::HomeVariable, QFile::encodeName(homeDir));
+        QCOMPARE(AppPaths::settingsFilePath(exeDir.path()), homeDir + QStringLiteral("/Korvane.ini"));
+        QCOMPARE(AppPaths::eventLogPath(gone), homeDir + QStringLiteral("/KV_f.log"));
+        QVERIFY(QFileInfo(homeDir).isDir());
+
+        QVERIFY(AppPaths::executableDirectory().endsWith(QLatin1Char('/')));
+    }
+
+    void processWideSettings()
+    {
+        QTemporaryDir home;
+        qputenv(AppPaths::HomeVariable, QFile::encodeName(home.path()));
+
+        setDefaults({});
+        appSettings().poll_time = 12;
+        QVERIFY(saveSettings({disk(QStringLiteral("S9"), false, 2)}));
+        QVERIFY(QFile::exists(home.filePath(QStringLiteral("Korvane.ini"))));
+
+        setDefaults({});
+        QVERIFY(loadSettings());
+        QCOMPARE(appSettings().poll_time, 12);
+
+        QList<DiskRecord> disks{disk(QStringLiteral("S9"), true, 1)};
+        ::applyDiskSettings(disks, 0);
+        ::applyDiskSettings(disks, 1); // no such disk: ignored
+        QVERIFY(!disks[0].monitored);
+        QCOMPARE(disks[0].powerOnUnit, 2);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSettings)
+#include "tst_settings.moc"
