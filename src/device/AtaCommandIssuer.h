@@ -5,6 +5,14 @@
 /// Runs one ATA command through the access paths in their fixed order.
 namespace AtaCommandIssuer {
 
+/// Command bytes, and the SMART feature bytes that select the sub-command.
+inline constexpr std::uint8_t kIdentifyDeviceCommand = 0xEC;
+inline constexpr std::uint8_t kIdentifyPacketDeviceCommand = 0xA1;
+inline constexpr std::uint8_t kSmartCommand = 0xB0;
+inline constexpr std::uint8_t kSmartReadDataFeature = 0xD0;
+inline constexpr std::uint8_t kSmartReadThresholdsFeature = 0xD1;
+inline constexpr std::uint8_t kSmartReturnStatusFeature = 0xDA;
+
 /// The register block of the five commands Korvane issues.
 AtaRegisters identifyDevice();
 AtaRegisters identifyPacketDevice();
@@ -19,6 +27,8 @@ AtaRegisters smartReturnStatus();
 int issue(DriveBackend &backend, DiskHandle handle, int probeIndex, AtaRegisters &registers, Sector &data);
 
 /// Path 3: an IDENTIFY sector made up from the device descriptor; false when the query fails.
+/// issue() falls back to it for every command, so only IDENTIFY is worth
+/// issuing to a disk that may answer no other path.
 bool identifyFromDescriptor(DriveBackend &backend, DiskHandle handle, Sector &data);
 
 } // namespace AtaCommandIssuer

@@ -11,3 +11,10 @@ inline std::uint16_t sectorWord(const Sector &s, int word)
 {
     return std::uint16_t(s[2 * word] | (s[2 * word + 1] << 8));
 }
+
+/// Stores \a value as little-endian word \a word of \a s.
+inline void setSectorWord(Sector &s, int word, std::uint16_t value)
+{
+    s[2 * word] = std::uint8_t(value & 0xFF);
+    s[2 * word + 1] = std::uint8_t(value >> 8);
+}
