@@ -25,8 +25,6 @@ private slots:
     void unknownIds();
     void texts_data();
     void texts();
-    void category_data();
-    void category();
 };
 
 // Every ID with a description, its name (or the unknown name) and the
@@ -146,7 +144,6 @@ void TestAttributeCatalogue::texts_data()
     QTest::addColumn<quint32>("id");
     QTest::addColumn<QString>("text");
 
-    QTest::newRow("closing paragraph") << 1u << "  Indicates the rate of hardware read errors that occurred when reading data from a disk surface. Any number indicates a problem with either disk surface or read/write heads. <B>(Better RAW Value LESS)</B></p>";
     QTest::newRow("thereis") << 2u << "  Overall (general) throughput performance of a hard disk drive. If the value of this attribute is decreasing thereis a high probability that there is a problem with your disk. <B>(Better RAW Value MORE)</B></p>";
     QTest::newRow("paragraph only") << 4u << "  Number of spindle start/stop cycles.</p>";
     QTest::newRow("quotes, no paragraph") << 5u << "  Count of reallocated sectors. When the hard drive finds a read/write/verification error, it marks this sector as \"reallocated\" and transfers data to a special reserved area (spare area). This process is also known as remapping and \"reallocated\" sectors are called remaps. This is why, on modern hard disks, \"bad blocks\" cannot be found while testing the surface - all bad blocks are hidden in reallocated sectors. However, the more sectors that are reallocated, the more read/write speed will decrease. <B>(Better RAW Value LESS)</B>";
@@ -154,10 +151,8 @@ void TestAttributeCatalogue::texts_data()
     QTest::newRow("bold left open") << 13u << "  Uncorrected read errors reported to the operating system. If the value is non-zero, you should backup your data. <B>(Better RAW Value LESS)";
     QTest::newRow("ta a") << 190u << "  Airflow temperature on Western Digital HD (Same as Current internal temperature, but current value is 50 less.) Value is equal to (100 - temp Celsius) allowing manufacturer to set a minimum threshold which corresponds ta a maximum temperature on Seagate HD";
     QTest::newRow("Fequency") << 191u << "  Fequency of mistakes as a result of impact loads.";
-    QTest::newRow("temperature") << 194u << "  Current internal temperature. <B>(Better RAW Value LESS)";
     QTest::newRow("unstable") << 197u << "  Number of \"unstable\" sectors (waiting to be remapped). If the unstable sector is subsequently written or read successfully, this value is decreased and the sector is not remapped. Read errors on the sector will not remap the sector, it will only be remapped on a failed write attempt. This can be problematic to test because cached writes will not remap the sector, only direct I/O writes to the disk. <B>(Better RAW Value LESS)";
     QTest::newRow("described, not named") << 201u << "  Number of off-track errors. If non-zero, make a backup. <B>(Better RAW Value LESS)";
-    QTest::newRow("apostrophe") << 209u << "  Drive's seek performance during offline.";
     QTest::newRow("thrashing") << 230u << "  Amplitude of \"thrashing\" (distance of repetitive forward/reverse head motion).";
 }
 
@@ -165,28 +160,6 @@ void TestAttributeCatalogue::texts()
 {
     QFETCH(quint32, id);
     QTEST(AttributeCatalogue::description(id), "text");
-}
-
-void TestAttributeCatalogue::category_data()
-{
-    QTest::addColumn<quint32>("advisory");
-    QTest::addColumn<quint32>("performance");
-    QTest::addColumn<QString>("icon");
-
-    QTest::newRow("health") << 0u << 0u << "attr_health";
-    QTest::newRow("health and performance") << 0u << 1u << "attr_h_p";
-    QTest::newRow("information") << 1u << 0u << "attr_info";
-    QTest::newRow("performance") << 1u << 1u << "attr_perf";
-}
-
-void TestAttributeCatalogue::category()
-{
-    SmartAttribute row;
-    QFETCH(quint32, advisory);
-    QFETCH(quint32, performance);
-    row.advisory = advisory;
-    row.performance = performance;
-    QTEST(AttributeCatalogue::iconName(AttributeCatalogue::category(row)), "icon");
 }
 
 QTEST_GUILESS_MAIN(TestAttributeCatalogue)
