@@ -30,7 +30,7 @@ struct DiskRecord
     QString ataStandardText;
     bool hasTemperature = false;
     qint32 temperature = 0;        ///< degrees Celsius from attribute 194
-    qint32 powerOnUnit = 0;        ///< 1 hours, 2 minutes, 3 seconds, 4 half-minutes; 0 not chosen
+    qint32 powerOnUnit = 0;        ///< 1 hours, 2 minutes, 3 half-minutes, 4 seconds; 0 not chosen
     bool powerOnUnitFixed = false;
     quint64 powerOnRaw = 0;
     quint64 powerOnRawAtStart = 0;

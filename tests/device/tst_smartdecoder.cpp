@@ -1,14 +1,7 @@
 #include "device/AttributeCatalogue.h"
 #include "device/IdentifyDecoder.h"
 #include "device/SmartDecoder.h"
-#include "device/simulated/SmartDump.h"
 
-#include "TestEnv.h"
-
-#include <QDir>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QStandardPaths>
 #include <QtTest>
 
 namespace {
@@ -24,11 +17,6 @@ struct Entry
 };
 
 std::uint8_t *slot(Sector &s, int index)
-{
-    return s.data() + SmartDecoder::kFirstEntry + SmartDecoder::kEntrySize * index;
-}
-
-const std::uint8_t *slot(const Sector &s, int index)
 {
     return s.data() + SmartDecoder::kFirstEntry + SmartDecoder::kEntrySize * index;
 }
@@ -69,65 +57,6 @@ DiskRecord firstReadDisk(std::uint64_t powerOn, std::uint64_t temperature)
     return disk;
 }
 
-// skdump prints identity strings with non-printable bytes as spaces and runs
-// of spaces folded.
-QString foldedLikeSkdump(const QString &s)
-{
-    QString out;
-    for (QChar c : s) {
-        const QChar printable = (c.unicode() >= 0x20 && c.unicode() < 0x7F) ? c : QLatin1Char(' ');
-        if (printable == QLatin1Char(' ') && out.endsWith(QLatin1Char(' ')))
-            continue;
-        out.append(printable);
-    }
-    return out.trimmed();
-}
-
-struct SkdumpRow
-{
-    quint32 id = 0;
-    QString value, worst, threshold;
-    QByteArray raw; // six bytes in storage order
-};
-
-struct SkdumpOutput
-{
-    QString model, serial, firmware;
-    QList<SkdumpRow> rows;
-};
-
-SkdumpOutput parseSkdump(QString text)
-{
-    SkdumpOutput out;
-    text.remove(QRegularExpression(QStringLiteral("\x1b\\[[0-9]*m")));
-    const QRegularExpression identity(QStringLiteral("^(Model|Serial|Firmware): \\[(.*)\\]$"));
-    // Pretty values may hold spaces or overflow their column; the raw field is
-    // always 0x and twelve hex digits.
-    const QRegularExpression row(
-        QStringLiteral("^\\s*(\\d+)\\s+\\S+\\s+(\\S+)\\s+(\\S+)\\s+(\\S+)\\s+.*\\s0x([0-9a-f]{12})\\s"));
-    for (const QString &line : text.split(QLatin1Char('\n'))) {
-        if (const auto m = identity.match(line); m.hasMatch()) {
-            const QString key = m.captured(1);
-            (key == QLatin1String("Model") ? out.model : key == QLatin1String("Serial") ? out.serial : out.firmware) =
-                m.captured(2);
-        } else if (const auto m = row.match(line + QLatin1Char(' ')); m.hasMatch()) {
-            out.rows.append({m.captured(1).toUInt(), m.captured(2), m.captured(3), m.captured(4),
-                             QByteArray::fromHex(m.captured(5).toLatin1())});
-        }
-    }
-    return out;
-}
-
-// skdump shows "n/a" for a normalised byte of 0, 0xFE or 0xFF.
-void compareNormalised(const QString &shown, quint32 ours, const char *what, quint32 id)
-{
-    const QByteArray where = QByteArray(what) + " of attribute " + QByteArray::number(id);
-    if (shown == QLatin1String("n/a"))
-        QVERIFY2(ours == 0 || ours == 0xFE || ours == 0xFF, where.constData());
-    else
-        QVERIFY2(shown.toUInt() == ours, where.constData());
-}
-
 } // namespace
 
 class TestSmartDecoder : public QObject
@@ -148,8 +77,6 @@ private slots:
     void powerOnUnit();
     void reReadUpdatesOnlyCurrentAndRaw();
     void reReadKeepsRowsBeyondCount();
-    void realDumps_data();
-    void realDumps();
 };
 
 void TestSmartDecoder::decodeRaw_data()
@@ -375,90 +302,6 @@ void TestSmartDecoder::reReadKeepsRowsBeyondCount()
     QCOMPARE(disk.attributes.at(2).current, 40u);
     QCOMPARE(disk.attributes.at(2).raw, qint64(30));
     QCOMPARE(disk.temperature, 30);
-}
-
-void TestSmartDecoder::realDumps_data()
-{
-    QTest::addColumn<QString>("path");
-    const QString dir = TestEnv::smartDumpDir();
-    if (dir.isEmpty())
-        QSKIP("No SMART dump folder (set KORVANE_TESTDATA to the folder holding smart-dumps/)");
-    const QStringList files = QDir(dir).entryList(QDir::Files, QDir::Name);
-    for (const QString &name : files) {
-        if (name.endsWith(QLatin1String(".md")) || name == QLatin1String("README"))
-            continue;
-        QTest::newRow(qPrintable(name)) << QDir(dir).filePath(name);
-    }
-}
-
-// Decodes the dumps of real drives and holds the result against skdump's view
-// of the same file. skdump's table goes on past an empty slot, ours stops
-// there, so only our rows are compared.
-void TestSmartDecoder::realDumps()
-{
-    QFETCH(QString, path);
-    QString error;
-    const std::optional<SmartDump> dump = SmartDump::load(path, &error);
-    QVERIFY2(dump.has_value(), qPrintable(error));
-    QVERIFY(dump->smartData && dump->thresholds);
-
-    DiskRecord disk;
-    IdentifyDecoder::applyIdentify(disk, *dump->identify);
-    SmartDecoder::applyFirstRead(disk, *dump->smartData, *dump->thresholds);
-    QVERIFY(!disk.model.isEmpty());
-    QCOMPARE(disk.smartState, 1);
-    QCOMPARE(disk.attributeCount, int(disk.attributes.size()));
-
-    const QString skdump = QStandardPaths::findExecutable(QStringLiteral("skdump"));
-    if (skdump.isEmpty())
-        QSKIP("skdump is not on PATH; decoded without comparing");
-    QProcess process;
-    process.start(skdump, {QStringLiteral("--load=") + path});
-    QVERIFY(process.waitForFinished(10000));
-    const SkdumpOutput expected = parseSkdump(QString::fromLatin1(process.readAllStandardOutput()));
-
-    QCOMPARE(foldedLikeSkdump(disk.model), expected.model);
-    QCOMPARE(foldedLikeSkdump(disk.serial), expected.serial);
-    QCOMPARE(foldedLikeSkdump(disk.firmware), expected.firmware);
-
-    QVERIFY(expected.rows.size() >= disk.attributes.size());
-    if (expected.rows.size() > disk.attributes.size()) // we stopped at an empty slot
-        QCOMPARE(int(slot(*dump->smartData, int(disk.attributes.size()))[0]), 0);
-
-    for (int i = 0; i < disk.attributes.size(); ++i) {
-        const SmartAttribute &ours = disk.attributes.at(i);
-        const SkdumpRow &theirs = expected.rows.at(i);
-        QCOMPARE(ours.id, theirs.id);
-        compareNormalised(theirs.value, ours.current, "value", ours.id);
-        compareNormalised(theirs.worst, ours.worst, "worst", ours.id);
-        // skdump finds the threshold by ID, we by slot: they agree where the
-        // thresholds sector holds the same ID in the same slot.
-        if (slot(*dump->thresholds, i)[0] == ours.id) {
-            if (theirs.threshold == QLatin1String("n/a"))
-                QCOMPARE(ours.threshold, 0xFEu);
-            else
-                QCOMPARE(ours.threshold, theirs.threshold.toUInt());
-        }
-
-        QCOMPARE(theirs.raw.size(), 6);
-        const auto byte = [&](int k) { return quint8(theirs.raw.at(k)); };
-        if (ours.id == 194) {
-            // Our temperature is read from the first little-endian word only
-            // (tenths above 100); skdump shows all six bytes, so the value is
-            // checked against the two bytes it comes from.
-            const int word = byte(0) | (byte(1) << 8);
-            QCOMPARE(ours.raw, qint64(word > 100 ? word / 10 : word));
-            QVERIFY(disk.hasTemperature);
-            QCOMPARE(disk.temperature, int(ours.raw));
-        } else {
-            QByteArray ourBytes;
-            for (int k = 0; k < 6; ++k)
-                ourBytes.append(char(ours.raw >> (8 * k)));
-            QCOMPARE(ourBytes.toHex(), theirs.raw.toHex());
-        }
-        if (ours.id == 9)
-            QCOMPARE(disk.powerOnRaw, quint64(ours.raw));
-    }
 }
 
 QTEST_GUILESS_MAIN(TestSmartDecoder)
