@@ -1,0 +1,94 @@
+#include "SMART_thread.h"
+
+#include "device/SmartDecoder.h"
+
+#include <utility>
+
+SMART_thread::SMART_thread(DriveBackend &backend, QObject *parent)
+    : QThread(parent)
+    , m_backend(backend)
+{
+}
+
+SMART_thread::~SMART_thread()
+{
+    // The worker's last step is the hand-over under this lock; taking it here
+    // orders everything the worker wrote before the object is freed, in terms
+    // a race detector can follow as well.
+    std::lock_guard lock(m_resultMutex);
+}
+
+std::optional<DiskRecord> SMART_thread::takeResult()
+{
+    std::lock_guard lock(m_resultMutex);
+    return std::exchange(m_result, std::nullopt);
+}
+
+bool SMART_thread::readSmartSector(DriveBackend &backend, DiskHandle handle, int driveNumber,
+                                   std::uint8_t features, Sector &data)
+{
+    AtaExchange exchange;
+    exchange.registers.features = features;
+    exchange.registers.sectorCount = 0;
+    exchange.registers.sectorNumber = 1;
+    exchange.registers.cylinderLow = 0x4F;
+    exchange.registers.cylinderHigh = 0xC2;
+    exchange.registers.driveHead = 0;
+    exchange.registers.command = 0xB0;
+    exchange.dataIn = true;
+    // The SMART interface is asked directly rather than through the command
+    // issuer: these reads must not fall back to other paths or made-up data.
+    if (!backend.ataCommand(handle, SmartIoctlPath, driveNumber, exchange) || exchange.driverError != 0)
+        return false;
+    data = exchange.data;
+    return true;
+}
+
+void SMART_thread::closeHeader()
+{
+    if (m_handle == kNoHandle)
+        return;
+    m_backend.closeDisk(m_handle);
+    m_handle = kNoHandle;
+}
+
+void SMART_thread::finish()
+{
+    closeHeader();
+    const int index = m_index;
+    {
+        std::lock_guard lock(m_resultMutex);
+        m_result = std::move(m_disk);
+    }
+    // From here on the object may be freed by its owner: touch no member.
+    emit finishReadSMART(index);
+}
+
+void SMART_thread::run()
+{
+    m_handle = m_backend.openDisk(m_devicePath.toStdString());
+    if (m_handle == kNoHandle) {
+        emit needStopTimer(m_index);
+        finish();
+        return;
+    }
+
+    Sector data{};
+    if (!readSmartSector(m_backend, m_handle, m_index, kReadData, data)) {
+        emit needStopTimer(m_index);
+        finish();
+        return;
+    }
+
+    Sector thresholds{};
+    const bool haveThresholds = readSmartSector(m_backend, m_handle, m_index, kReadThresholds, thresholds);
+    // The drive has answered its last command either way.
+    emit needStopTimer(m_index);
+    if (!haveThresholds) {
+        finish();
+        return;
+    }
+
+    SmartDecoder::applyFirstRead(m_disk, data, thresholds);
+    finish();
+}
