@@ -1,9 +1,25 @@
+#include "CtlOptions.h"
+#include "InfoCommand.h"
+
 #include <QCoreApplication>
 #include <QTextStream>
 
 int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
-    QTextStream(stderr) << "usage: korvanectl info [--json] [--simulate PATH]...\n";
+    QCoreApplication::setApplicationName(QStringLiteral("Korvane"));
+
+    QString error;
+    const auto options = CtlOptions::parse(app.arguments().mid(1), &error);
+    if (!options) {
+        QTextStream(stderr) << "korvanectl: " << error << "\n\n" << CtlOptions::usage();
+        return 2;
+    }
+    if (options->command == QLatin1String("help")) {
+        QTextStream(stdout) << CtlOptions::usage();
+        return 0;
+    }
+    if (options->command == QLatin1String("info"))
+        return InfoCommand::run(*options);
     return 2;
 }

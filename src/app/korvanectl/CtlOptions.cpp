@@ -1,0 +1,86 @@
+#include "CtlOptions.h"
+
+namespace {
+
+const QStringList kCommands = {QStringLiteral("info")};
+
+bool takesValue(const QString &option)
+{
+    return option == QLatin1String("--simulate") || option == QLatin1String("--interval")
+        || option == QLatin1String("--home");
+}
+
+} // namespace
+
+QString CtlOptions::usage()
+{
+    return QStringLiteral(
+        "usage: korvanectl COMMAND [OPTIONS]\n"
+        "\n"
+        "commands:\n"
+        "  info        find the disks, read their SMART data once and report them\n"
+        "\n"
+        "options:\n"
+        "  --json            print JSON instead of text\n"
+        "  --simulate PATH   use simulated disks from a file or folder (repeatable);\n"
+        "                    KORVANE_SIMULATE=path[:path...] does the same\n"
+        "  -h, --help        show this text\n");
+}
+
+std::optional<CtlOptions> CtlOptions::parse(const QStringList &arguments, QString *error)
+{
+    CtlOptions options;
+    auto fail = [error](const QString &why) -> std::optional<CtlOptions> {
+        *error = why;
+        return std::nullopt;
+    };
+
+    for (int i = 0; i < arguments.size(); ++i) {
+        QString arg = arguments.at(i);
+        QString value;
+        bool hasInlineValue = false;
+        if (arg.startsWith(QLatin1String("--")) && arg.contains(QLatin1Char('='))) {
+            value = arg.section(QLatin1Char('='), 1);
+            arg = arg.section(QLatin1Char('='), 0, 0);
+            hasInlineValue = true;
+        }
+        if (takesValue(arg) && !hasInlineValue) {
+            if (i + 1 >= arguments.size())
+                return fail(QStringLiteral("%1 needs a value").arg(arg));
+            value = arguments.at(++i);
+        } else if (hasInlineValue && !takesValue(arg)) {
+            return fail(QStringLiteral("%1 takes no value").arg(arg));
+        }
+
+        if (arg == QLatin1String("--json")) {
+            options.json = true;
+        } else if (arg == QLatin1String("--simulate")) {
+            if (value.isEmpty())
+                return fail(QStringLiteral("--simulate needs a path"));
+            options.simulate << value;
+        } else if (arg == QLatin1String("--once")) {
+            options.once = true;
+        } else if (arg == QLatin1String("--interval")) {
+            bool ok = false;
+            options.intervalSeconds = value.toInt(&ok);
+            if (!ok || options.intervalSeconds < 1)
+                return fail(QStringLiteral("--interval needs a whole number of seconds, 1 or more; got \"%1\"").arg(value));
+        } else if (arg == QLatin1String("--home")) {
+            options.home = value;
+        } else if (arg == QLatin1String("-h") || arg == QLatin1String("--help")) {
+            options.command = QStringLiteral("help");
+            return options;
+        } else if (arg.startsWith(QLatin1Char('-'))) {
+            return fail(QStringLiteral("unknown option %1").arg(arg));
+        } else if (options.command.isEmpty()) {
+            if (!kCommands.contains(arg))
+                return fail(QStringLiteral("unknown command \"%1\"").arg(arg));
+            options.command = arg;
+        } else {
+            return fail(QStringLiteral("unexpected argument \"%1\"").arg(arg));
+        }
+    }
+    if (options.command.isEmpty())
+        return fail(QStringLiteral("no command given"));
+    return options;
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+/// What the command line asked for.
+struct CtlOptions
+{
+    QString command;          ///< "info", "monitor", ...
+    bool json = false;        ///< machine-readable output
+    QStringList simulate;     ///< --simulate paths, in the order given
+    bool once = false;        ///< monitor: one evaluation, then exit
+    int intervalSeconds = 0;  ///< monitor: poll interval; 0 = from the settings
+    QString home;             ///< monitor: folder of the settings and event log
+
+    /// Parses the arguments (without the program name); on failure returns
+    /// nothing and puts the reason in \a error.
+    static std::optional<CtlOptions> parse(const QStringList &arguments, QString *error);
+    /// The usage text.
+    static QString usage();
+};

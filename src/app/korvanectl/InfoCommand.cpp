@@ -1,0 +1,45 @@
+#include "InfoCommand.h"
+
+#include "DiskSession.h"
+#include "TextReport.h"
+#include "device/BackendFactory.h"
+#include "device/DiskJson.h"
+
+#include <QJsonDocument>
+#include <QTextStream>
+
+namespace InfoCommand {
+
+int run(const CtlOptions &options)
+{
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+
+    QStringList errors;
+    // A worker given up by the watchdog may still be blocked inside the
+    // backend when we return, so the backend lives until the process ends.
+    static DriveBackend *const backend = createDriveBackend(options.simulate, &errors).release();
+    for (const QString &e : std::as_const(errors))
+        err << "korvanectl: " << e << '\n';
+    err.flush();
+
+    const QList<DiskRecord> disks = DiskSession::discover(*backend);
+
+    if (options.json) {
+        out << QJsonDocument(DiskJson::diskList(disks)).toJson(QJsonDocument::Indented);
+    } else if (disks.isEmpty()) {
+        out << "No fixed ATA disks found.\n";
+    } else {
+        for (int i = 0; i < disks.size(); ++i)
+            out << (i ? "\n" : "") << TextReport::disk(disks.at(i), i) << '\n';
+    }
+    out.flush();
+
+    const QStringList problems = DiskSession::accessProblems(*backend);
+    for (const QString &p : problems)
+        err << "korvanectl: " << p << '\n';
+
+    return errors.isEmpty() ? 0 : 2;
+}
+
+} // namespace InfoCommand
