@@ -11,7 +11,8 @@ class SimulatedDisk;
 
 /// Disks described by files: skdump dumps and JSON descriptions. Each file is
 /// one disk; a folder holds several, taken in name order. Feeds the demo and
-/// most tests.
+/// most tests. Disks are reached as "sim://N", N being the probe index, which
+/// is also the device number.
 class SimulatedBackend : public DriveBackend
 {
 public:
@@ -24,6 +25,11 @@ public:
 
     /// Number of disks loaded (probe indexes 0..n-1 unless a description sets its own).
     int diskCount() const;
+
+    /// Ends every SMART read that hangs now, at once, and makes later ones fail
+    /// without waiting; read delays of the surface scan are skipped from then
+    /// on. For shutdown: nobody waits for a simulated hang to run out.
+    void cancelHangs();
 
     std::string diskPath(int probe) const override;
     DiskHandle openDisk(const std::string &path) override;

@@ -1,0 +1,230 @@
+#include "SimulatedDisk.h"
+
+#include "AtaSectors.h"
+#include "device/DeviceDescriptor.h"
+#include "device/IdentifyDecoder.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::uint8_t kIdentifyDevice = 0xEC;
+constexpr std::uint8_t kIdentifyPacketDevice = 0xA1;
+constexpr std::uint8_t kSmart = 0xB0;
+constexpr std::uint8_t kSmartReadData = 0xD0;
+constexpr std::uint8_t kSmartReadThresholds = 0xD1;
+constexpr std::uint8_t kSmartReturnStatus = 0xDA;
+
+// The two key bytes every SMART command carries in the cylinder registers;
+// RETURN STATUS hands the second pair back when a threshold is exceeded.
+constexpr std::uint8_t kSmartKeyLow = 0x4F;
+constexpr std::uint8_t kSmartKeyHigh = 0xC2;
+constexpr std::uint8_t kExceededLow = 0xF4;
+constexpr std::uint8_t kExceededHigh = 0x2C;
+
+constexpr std::uint8_t kStatusReady = 0x50; // DRDY | DSC
+constexpr std::uint8_t kStatusError = 0x51; // DRDY | DSC | ERR
+constexpr std::uint8_t kErrorAbort = 0x04;
+// What the SMART driver interface reports when the drive rejected a command.
+constexpr std::uint8_t kDriverDriveError = 1;
+
+constexpr std::uint64_t kSectorBytes = 512;
+constexpr std::uint32_t kDescriptorVersion = 40; // size of the fixed descriptor structure
+constexpr std::size_t kDescriptorHeader = 40;    // strings start after the structure
+
+void putLittleEndian32(std::vector<std::uint8_t> &out, std::size_t at, std::uint32_t value)
+{
+    for (int i = 0; i < 4; ++i)
+        out[at + i] = std::uint8_t(value >> (8 * i));
+}
+
+// Appends a NUL-terminated string and stores its offset; an empty text
+// stays absent (offset 0), as the storage stack reports a missing string.
+void appendString(std::vector<std::uint8_t> &out, int offsetField, const std::string &text)
+{
+    if (text.empty())
+        return;
+    putLittleEndian32(out, std::size_t(offsetField), std::uint32_t(out.size()));
+    out.insert(out.end(), text.begin(), text.end());
+    out.push_back(0);
+}
+
+std::string identifyText(const Sector &identify, int offset, int length)
+{
+    return IdentifyDecoder::decodeString(identify, offset, length).toLatin1().toStdString();
+}
+
+} // namespace
+
+bool SimulatedDisk::hangsAt(quint64 poll) const
+{
+    return hangSeconds > 0 && (hangPolls.isEmpty() || hangPolls.contains(poll));
+}
+
+bool SimulatedDisk::hasBadSector(std::uint64_t offset, std::uint64_t length) const
+{
+    if (length == 0)
+        return false;
+    const std::uint64_t first = offset / kSectorBytes;
+    const std::uint64_t last = (offset + length - 1) / kSectorBytes;
+    return std::any_of(badSectors.begin(), badSectors.end(),
+                       [&](const auto &range) { return range.first <= last && range.second >= first; });
+}
+
+Sector SimulatedDisk::smartDataAt(quint64 poll) const
+{
+    Sector sector = smartData.value_or(Sector{});
+    if (changing.isEmpty())
+        return sector;
+    for (const ChangingAttribute &attribute : changing) {
+        const int at = AtaSectors::slotOffset(attribute.slot);
+        if (attribute.current)
+            sector[at + 3] = quint8(attribute.current->valueAt(poll));
+        if (attribute.worst)
+            sector[at + 4] = quint8(attribute.worst->valueAt(poll));
+        else if (attribute.current)
+            sector[at + 4] = quint8(std::min<quint64>(attribute.worstBefore, attribute.current->lowestUpTo(poll)));
+        if (attribute.raw)
+            AtaSectors::putRaw(sector, attribute.slot, attribute.raw->valueAt(poll));
+    }
+    AtaSectors::sealSmart(sector);
+    return sector;
+}
+
+bool SimulatedDisk::healthyAt(quint64 poll) const
+{
+    if (forcedHealthy)
+        return *forcedHealthy;
+    if (dumpFailing)
+        return false;
+    if (!smartData || !thresholds)
+        return true;
+    // Drives judge only pre-failure attributes: an old-age attribute at its
+    // threshold does not trip the overall status. Values 0 and 0xFE/0xFF mean
+    // "no value" and thresholds 0 and 0xFE/0xFF "never fails".
+    const Sector data = smartDataAt(poll);
+    for (int slot = 0; slot < AtaSectors::kSlots; ++slot) {
+        const int at = AtaSectors::slotOffset(slot);
+        const quint8 id = data[at];
+        if (id == 0 || (data[at + 1] & 0x01) == 0)
+            continue;
+        const int thresholdSlot = AtaSectors::findSlot(*thresholds, id);
+        if (thresholdSlot < 0)
+            continue;
+        const quint8 threshold = (*thresholds)[AtaSectors::slotOffset(thresholdSlot) + 1];
+        const quint8 value = data[at + 3];
+        if (threshold >= 1 && threshold <= 0xFD && value >= 1 && value <= 0xFD && value <= threshold)
+            return false;
+    }
+    return true;
+}
+
+std::vector<std::uint8_t> SimulatedDisk::descriptor() const
+{
+    std::vector<std::uint8_t> out(kDescriptorHeader, 0);
+    putLittleEndian32(out, 0, kDescriptorVersion);
+    out[10] = removable ? 1 : 0;
+    putLittleEndian32(out, 28, busType);
+
+    // An ATA disk has no vendor text: the whole model goes into the product.
+    appendString(out, DeviceDescriptor::kVendorOffsetField, vendor);
+    appendString(out, DeviceDescriptor::kProductOffsetField,
+                 identifyText(identify, IdentifyDecoder::kModelOffset, IdentifyDecoder::kModelLength));
+    appendString(out, DeviceDescriptor::kRevisionOffsetField,
+                 identifyText(identify, IdentifyDecoder::kFirmwareOffset, IdentifyDecoder::kFirmwareLength));
+    appendString(out, DeviceDescriptor::kSerialOffsetField,
+                 identifyText(identify, IdentifyDecoder::kSerialOffset, IdentifyDecoder::kSerialLength));
+    putLittleEndian32(out, 4, std::uint32_t(out.size()));
+    return out;
+}
+
+bool SimulatedDisk::isSmartReadData(const AtaRegisters &registers)
+{
+    return registers.command == kSmart && registers.features == kSmartReadData;
+}
+
+SimulatedDisk::Outcome SimulatedDisk::classify(int path, const AtaExchange &exchange) const
+{
+    if (path < firstPath || path < AtaPassThroughPath || path > IdePassThroughPath)
+        return Outcome::Refused;
+    const AtaRegisters &r = exchange.registers;
+    // The SMART driver interface passes on only IDENTIFY and SMART commands.
+    if (path == SmartIoctlPath && r.command != kIdentifyDevice && r.command != kIdentifyPacketDevice
+        && r.command != kSmart) {
+        return Outcome::Refused;
+    }
+
+    bool readsSector = true;
+    Outcome answer = Outcome::Data;
+    if (r.command == kIdentifyDevice) {
+        answer = Outcome::Data;
+    } else if (r.command == kSmart) {
+        const bool smartOn = smartSupported && smartEnabled;
+        if (r.cylinderLow != kSmartKeyLow || r.cylinderHigh != kSmartKeyHigh)
+            return Outcome::Aborted;
+        if (r.features == kSmartReadData) {
+            answer = smartOn && smartData ? Outcome::Data : Outcome::Aborted;
+        } else if (r.features == kSmartReadThresholds) {
+            answer = smartOn && thresholds ? Outcome::Data : Outcome::Aborted;
+        } else if (r.features == kSmartReturnStatus) {
+            readsSector = false;
+            answer = smartOn ? Outcome::Status : Outcome::Aborted;
+        } else {
+            return Outcome::Aborted;
+        }
+    } else {
+        // IDENTIFY PACKET DEVICE and everything else: not for an ATA disk.
+        return Outcome::Aborted;
+    }
+    // A transfer in the wrong direction is rejected by the interface.
+    if (readsSector != exchange.dataIn)
+        return Outcome::Refused;
+    return answer;
+}
+
+void SimulatedDisk::complete(Outcome outcome, int path, AtaExchange &exchange, quint64 poll) const
+{
+    const bool smartIoctl = path == SmartIoctlPath;
+    AtaRegisters &r = exchange.registers;
+    exchange.bytesReturned = 0;
+    exchange.driverError = 0;
+    exchange.registersReturned = false;
+
+    switch (outcome) {
+    case Outcome::Refused:
+        return;
+    case Outcome::Aborted:
+        if (smartIoctl) {
+            exchange.driverError = kDriverDriveError;
+            return;
+        }
+        r.features = kErrorAbort;
+        r.command = kStatusError;
+        exchange.registersReturned = true;
+        return;
+    case Outcome::Data:
+        if (r.command == kIdentifyDevice)
+            exchange.data = identify;
+        else if (r.features == kSmartReadThresholds)
+            exchange.data = thresholds.value_or(Sector{});
+        else
+            exchange.data = smartDataAt(poll);
+        exchange.bytesReturned = std::uint32_t(exchange.data.size());
+        // The SMART driver interface gives no registers back for data commands.
+        if (!smartIoctl) {
+            r.features = 0;
+            r.command = kStatusReady;
+            exchange.registersReturned = true;
+        }
+        return;
+    case Outcome::Status: {
+        const bool healthy = healthyAt(poll);
+        r.features = 0;
+        r.cylinderLow = healthy ? kSmartKeyLow : kExceededLow;
+        r.cylinderHigh = healthy ? kSmartKeyHigh : kExceededHigh;
+        r.command = kStatusReady;
+        exchange.registersReturned = true;
+        return;
+    }
+    }
+}
