@@ -2,7 +2,7 @@
 
 namespace {
 
-const QStringList kCommands = {QStringLiteral("info")};
+const QStringList kCommands = {QStringLiteral("info"), QStringLiteral("monitor")};
 
 bool takesValue(const QString &option)
 {
@@ -19,9 +19,15 @@ QString CtlOptions::usage()
         "\n"
         "commands:\n"
         "  info        find the disks, read their SMART data once and report them\n"
+        "  monitor     watch the disks: evaluate their health at every poll, print\n"
+        "              each event and append to the event log, until interrupted\n"
         "\n"
         "options:\n"
-        "  --json            print JSON instead of text\n"
+        "  --json            print JSON instead of text (monitor: one object per poll)\n"
+        "  --once            monitor: evaluate once and exit\n"
+        "  --interval SECONDS  monitor: poll interval (default: from the settings)\n"
+        "  --home DIR        monitor: folder of Korvane.ini and KV_f.log\n"
+        "                    (default: as the desktop program, or KORVANE_HOME)\n"
         "  --simulate PATH   use simulated disks from a file or folder (repeatable);\n"
         "                    KORVANE_SIMULATE=path[:path...] does the same\n"
         "  -h, --help        show this text\n");

@@ -1,5 +1,6 @@
 #include "CtlOptions.h"
 #include "InfoCommand.h"
+#include "MonitorCommand.h"
 
 #include <QCoreApplication>
 #include <QTextStream>
@@ -21,5 +22,7 @@ int main(int argc, char *argv[])
     }
     if (options->command == QLatin1String("info"))
         return InfoCommand::run(*options);
+    if (options->command == QLatin1String("monitor"))
+        return MonitorCommand::run(*options);
     return 2;
 }

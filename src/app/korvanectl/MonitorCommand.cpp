@@ -1,0 +1,62 @@
+#include "MonitorCommand.h"
+
+#include "MonitorSession.h"
+#include "SignalWatcher.h"
+#include "device/BackendFactory.h"
+#include "settings/AppPaths.h"
+#include "settings/AppSettings.h"
+#include "settings/LanguageTable.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QTextStream>
+#include <QTimer>
+
+namespace MonitorCommand {
+
+int run(const CtlOptions &options)
+{
+    QTextStream err(stderr);
+    if (!options.home.isEmpty()) {
+        if (!QDir().mkpath(options.home)) {
+            err << "korvanectl: cannot create the folder " << options.home << '\n';
+            return 2;
+        }
+        qputenv(AppPaths::HomeVariable, QDir(options.home).absolutePath().toLocal8Bit());
+    }
+
+    setDefaults({});
+    loadSettings();
+    const auto language = LanguageTable::loadAtStartup(appSettings().LanguageType);
+    if (language != LanguageTable::StartupResult::Loaded)
+        err << "korvanectl: " << LanguageTable::startupMessage(language) << '\n';
+    if (language == LanguageTable::StartupResult::Failed)
+        return 2;
+
+    QStringList errors;
+    // A worker given up by the watchdog may still be blocked inside the
+    // backend at exit, so the backend lives until the process ends.
+    static DriveBackend *const backend = createDriveBackend(options.simulate, &errors).release();
+    for (const QString &e : std::as_const(errors))
+        err << "korvanectl: " << e << '\n';
+    err.flush();
+
+    SignalWatcher stopWatcher;
+    MonitorSession session(*backend, options);
+    session.start();
+
+    if (!options.once) {
+        const qint64 interval = options.intervalSeconds > 0 ? qint64(options.intervalSeconds) * 1000
+                                                             : appSettings().smartIntervalMs();
+        QTimer timer;
+        timer.setInterval(std::chrono::milliseconds(interval));
+        QObject::connect(&timer, &QTimer::timeout, &session, &MonitorSession::poll);
+        QObject::connect(&stopWatcher, &SignalWatcher::stopRequested, qApp, &QCoreApplication::quit);
+        timer.start();
+        QCoreApplication::exec();
+    }
+    session.finish();
+    return errors.isEmpty() ? 0 : 2;
+}
+
+} // namespace MonitorCommand
