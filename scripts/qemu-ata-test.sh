@@ -47,7 +47,7 @@ is_root() { [ "$(id -u)" -eq 0 ]; }
 # Debian package of each tool the test runs on the host or copies into the VM.
 declare -A tool_package=(
     [qemu-system-x86_64]=qemu-system-x86 [busybox]=busybox-static [cpio]=cpio
-    [smartctl]=smartmontools [python3]=python3 [mke2fs]=e2fsprogs
+    [smartctl]=smartmontools [python3]=python3 [mke2fs]=e2fsprogs [setcap]=libcap2-bin
 )
 missing=()
 for tool in "${!tool_package[@]}"; do
@@ -92,7 +92,7 @@ kver=${vmlinuz##*/vmlinuz-}
 # ---- initramfs ---------------------------------------------------------------------------
 root="$work/root"
 rm -rf "$root"
-mkdir -p "$root"/{bin,sbin,dev,proc,sys,tmp,mnt,mods}
+mkdir -p "$root"/{bin,sbin,dev,etc,proc,sys,tmp,mnt,mods}
 
 # Copies a program and, when it is dynamically linked, its loader and libraries (as ldd
 # resolves them on this host) to the same paths inside the image.
@@ -109,10 +109,11 @@ add_program() {
 add_program "$(command -v busybox)" /bin/busybox
 add_program "$(command -v smartctl)" /usr/sbin/smartctl
 add_program "$korvanectl" /usr/bin/korvanectl
+add_program "$(command -v setcap)" /usr/sbin/setcap
 
 # The controllers, the disk driver and ext2 (through ext4, which wants crc32c) are modules
-# in Debian's kernel.
-# The package has no modules.dep: each module's "depends=" line gives the load order.
+# in Debian's kernel. The package has no modules.dep: each module's "depends=" line gives
+# the load order.
 moddir="$kernel_dir/lib/modules/$kver"
 declare -A seen=()
 add_module() {
@@ -145,6 +146,9 @@ mount -t devtmpfs devtmpfs /dev
 for m in $(cat /mods/order); do insmod /mods/$m 2>/dev/null; done
 i=0
 while [ ! -b /dev/sda1 ] && [ $i -lt 600 ]; do sleep 0.1; i=$((i + 1)); done
+# An ordinary user, to see what korvanectl tells someone who may not open the disk.
+echo "nobody:x:65534:65534:nobody:/:/bin/sh" > /etc/passwd
+echo "nogroup:x:65534:" > /etc/group
 mkdir -p "/mnt/kv data"
 mount -t ext2 /dev/sda1 "/mnt/kv data" || echo "mount of /dev/sda1 failed"
 {
@@ -155,6 +159,16 @@ mount -t ext2 /dev/sda1 "/mnt/kv data" || echo "mount of /dev/sda1 failed"
     echo $rc
     echo "=== korvanectl-stderr"
     cat /tmp/korvanectl.err
+    # The grant the user is advised to make: the two capabilities on the binary.
+    cp /usr/bin/korvanectl /usr/bin/korvanectl-caps
+    setcap cap_sys_rawio,cap_dac_override+ep /usr/bin/korvanectl-caps
+    echo "=== capabilities"
+    su nobody -s /bin/sh -c "korvanectl-caps info --json" 2>/dev/null
+    # Allowed to open the disk, as members of group "disk" are, but no capability.
+    chmod 0666 /dev/sda
+    echo "=== writer"
+    su nobody -s /bin/sh -c "korvanectl info --json" 2>/dev/null
+    chmod 0600 /dev/sda
     echo "=== smartctl"
     smartctl --json -i -A -H /dev/sda
     echo "=== statfs"

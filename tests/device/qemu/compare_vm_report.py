@@ -1,0 +1,182 @@
+#!/usr/bin/env python3
+"""Checks what korvanectl saw of the emulated disk in one VM.
+
+The report holds sections ("=== name" lines) written by the VM: korvanectl's
+JSON and its stderr, smartctl's JSON for the same disk, and the statfs figures
+of the mounted volume. korvanectl must agree with smartctl on every attribute
+and with the values the VM was started with on identity, capacity and volume.
+"""
+
+import argparse
+import json
+import sys
+
+
+def sections(text):
+    found = {}
+    name = None
+    for line in text.splitlines():
+        if line.startswith("=== "):
+            name = line[4:].strip()
+            found[name] = []
+        elif name is not None:
+            found[name].append(line)
+    return {k: "\n".join(v) for k, v in found.items()}
+
+
+def decoded_raw(attribute_id, raw48):
+    # Temperature (194) keeps only its first word, in tenths when above 100.
+    if attribute_id == 194:
+        word = raw48 & 0xFFFF
+        return word // 10 if word > 100 else word
+    return raw48
+
+
+class Checker:
+    def __init__(self, machine):
+        self.machine = machine
+        self.failures = []
+        self.checked = 0
+        self.context = "root: "  # whose run of korvanectl is being checked
+
+    def equal(self, what, actual, expected):
+        self.checked += 1
+        if actual != expected:
+            self.failures.append(f"{self.context}{what}: korvanectl {actual!r}, expected {expected!r}")
+
+    def true(self, what, condition):
+        self.checked += 1
+        if not condition:
+            self.failures.append(self.context + what)
+
+    def finish(self):
+        for f in self.failures:
+            print(f"qemu-ata-test: {self.machine}: FAIL {f}")
+        verdict = "FAIL" if self.failures else "ok"
+        print(f"qemu-ata-test: {self.machine}: {verdict} ({self.checked} checks, {len(self.failures)} failed)")
+        return 1 if self.failures else 0
+
+
+def disks_of(c, report, section):
+    try:
+        disks = json.loads(report.get(section, "")).get("disks", [])
+    except ValueError:
+        disks = []
+    c.equal("number of disks", len(disks), 1)
+    return disks
+
+
+def check_identity(c, disk, smart, args):
+    c.equal("devicePath", disk.get("devicePath"), "/dev/sda")
+    c.equal("diskNumber", disk.get("diskNumber"), 0)
+    c.equal("mediaType (fixed)", disk.get("mediaType"), 12)
+    c.equal("model", disk.get("model"), args.model)
+    c.equal("serial", disk.get("serial"), args.serial)
+    c.equal("firmware", disk.get("firmware"), args.firmware)
+    c.equal("capacityBytes", disk.get("capacityBytes"), args.capacity)
+    c.equal("model as smartctl reads it", disk.get("model"), smart.get("model_name"))
+    c.equal("serial as smartctl reads it", disk.get("serial"), smart.get("serial_number"))
+    c.equal("firmware as smartctl reads it", disk.get("firmware"), smart.get("firmware_version"))
+    c.equal("capacity as smartctl reads it", disk.get("capacityBytes"),
+            smart.get("user_capacity", {}).get("bytes"))
+    c.true(f"smartVersion/smartRevision should be numbers, got {disk.get('smartVersion')!r}/"
+           f"{disk.get('smartRevision')!r}",
+           str(disk.get("smartVersion", "")).isdigit() and str(disk.get("smartRevision", "")).isdigit())
+
+
+def check_smart(c, disk, smart):
+    support = smart.get("smart_support", {})
+    c.equal("smartSupported", disk.get("smartSupported"), 1 if support.get("available") else 0)
+    c.equal("smartEnabled", disk.get("smartEnabled"), 1 if support.get("enabled") else 0)
+    c.equal("smartState (data and thresholds read)", disk.get("smartState"), 1)
+    c.true("smartctl should see a passed health status", smart.get("smart_status", {}).get("passed") is True)
+
+    expected = smart.get("ata_smart_attributes", {}).get("table", [])
+    actual = disk.get("attributes", [])
+    c.true("smartctl reported no attributes", len(expected) > 0)
+    c.equal("attribute ids in order", [a.get("id") for a in actual], [a["id"] for a in expected])
+    for want, got in zip(expected, actual):
+        ident = want["id"]
+        c.equal(f"attribute {ident} current", got.get("current"), want["value"])
+        c.equal(f"attribute {ident} worst", got.get("worst"), want["worst"])
+        c.equal(f"attribute {ident} threshold", got.get("threshold"), want["thresh"])
+        c.equal(f"attribute {ident} flags", got.get("flags"), want["flags"]["value"])
+        c.equal(f"attribute {ident} raw", got.get("raw"), decoded_raw(ident, want["raw"]["value"]))
+
+
+def check_volume(c, disk, statfs, args):
+    volumes = disk.get("volumes", [])
+    c.equal("volumes on the disk", [v.get("volumeName") for v in volumes], ["/dev/sda1"])
+    if not volumes:
+        return
+    v = volumes[0]
+    c.equal("volume rootPath", v.get("rootPath"), args.mount)
+    c.equal("volume label", v.get("label"), args.label)
+    c.equal("volume fileSystem", v.get("fileSystem"), "ext2")
+    hexdigits = args.uuid.replace("-", "")[:8].upper()
+    c.equal("volume serialText", v.get("serialText"), hexdigits[:4] + "-" + hexdigits[4:])
+    c.equal("volume diskNumber", v.get("diskNumber"), 0)
+    fields = statfs.split()
+    c.true(f"statfs of the mounted volume unreadable: {statfs!r}", len(fields) == 3)
+    if len(fields) == 3:
+        block, total, available = (int(x) for x in fields)
+        c.equal("volume totalBytes", v.get("totalBytes"), block * total)
+        c.equal("volume freeBytes", v.get("freeBytes"), block * available)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    for option in ("machine", "report", "model", "serial", "firmware", "label", "uuid", "mount"):
+        parser.add_argument("--" + option, required=True)
+    parser.add_argument("--capacity", type=int, required=True)
+    args = parser.parse_args()
+
+    c = Checker(args.machine)
+    try:
+        with open(args.report, encoding="utf-8", errors="replace") as f:
+            report = sections(f.read())
+    except OSError as e:
+        c.true(f"no report from the VM: {e}", False)
+        return c.finish()
+    if "end" not in report:
+        c.true("the VM report is cut short (no end marker)", False)
+
+    try:
+        ctl = json.loads(report.get("korvanectl", ""))
+        smart = json.loads(report.get("smartctl", ""))
+    except ValueError as e:
+        c.true(f"unreadable JSON ({e}); report sections: {sorted(report)}", False)
+        print(report.get("korvanectl", "")[:2000])
+        return c.finish()
+
+    c.equal("korvanectl exit status", report.get("korvanectl-exit", "").strip(), "0")
+    # Run as root nothing may go wrong: no access problem, no warning, no sanitizer report.
+    c.equal("korvanectl stderr", report.get("korvanectl-stderr", "").strip(), "")
+    disks = ctl.get("disks", [])
+    c.equal("number of disks", len(disks), 1)
+    if disks:
+        check_identity(c, disks[0], smart, args)
+        check_smart(c, disks[0], smart)
+        check_volume(c, disks[0], report.get("statfs", "").strip(), args)
+
+
+    # An ordinary user running a copy given cap_sys_rawio and cap_dac_override
+    # sees everything root sees.
+    c.context = "capabilities: "
+    granted = disks_of(c, report, "capabilities")
+    if granted:
+        check_identity(c, granted[0], smart, args)
+        check_smart(c, granted[0], smart)
+        check_volume(c, granted[0], report.get("statfs", "").strip(), args)
+
+    # Write access alone lets ATA PASS-THROUGH (12) through, so the disk is
+    # identified; SMART needs the capability.
+    c.context = "writer: "
+    writer = disks_of(c, report, "writer")
+    if writer:
+        check_identity(c, writer[0], smart, args)
+    return c.finish()
+
+
+if __name__ == "__main__":
+    sys.exit(main())
