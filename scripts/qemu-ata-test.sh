@@ -162,6 +162,8 @@ mount -t ext2 /dev/sda1 "/mnt/kv data" || echo "mount of /dev/sda1 failed"
     # The grant the user is advised to make: the two capabilities on the binary.
     cp /usr/bin/korvanectl /usr/bin/korvanectl-caps
     setcap cap_sys_rawio,cap_dac_override+ep /usr/bin/korvanectl-caps
+    echo "=== unprivileged"
+    su nobody -s /bin/sh -c "korvanectl info" 2>&1
     echo "=== capabilities"
     su nobody -s /bin/sh -c "korvanectl-caps info --json" 2>/dev/null
     # Allowed to open the disk, as members of group "disk" are, but no capability.

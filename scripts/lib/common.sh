@@ -6,7 +6,7 @@ KORVANE_BUILD_PACKAGES=(cmake ninja-build g++ pkg-config qt6-base-dev libblkid-d
 # Peers and tools the test suite uses: skdump and smartctl as oracles, QEMU for
 # the real-kernel test, Xvfb for window tests.
 KORVANE_TEST_PACKAGES=(libatasmart-bin smartmontools qemu-system-x86 busybox-static cpio
-                       xvfb xauth)
+                       python3 libcap2-bin e2fsprogs xvfb xauth)
 
 say() { printf '==> %s\n' "$*"; }
 die() { printf 'error: %s\n' "$*" >&2; exit 1; }

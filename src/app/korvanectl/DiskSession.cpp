@@ -3,7 +3,12 @@
 #include "device/DiskDiscovery.h"
 #include "monitor/ATA_Smart.h"
 
+#include <QCoreApplication>
 #include <QEventLoop>
+
+#if defined(Q_OS_LINUX)
+#include "device/linux/LinuxBackend.h"
+#endif
 
 namespace DiskSession {
 
@@ -25,9 +30,21 @@ void readFirst(ATA_Smart &smart)
         loop.exec();
 }
 
-QStringList accessProblems(DriveBackend &)
+QStringList accessProblems(DriveBackend &backend)
 {
-    return {};
+    QStringList lines;
+#if defined(Q_OS_LINUX)
+    if (auto *linuxBackend = dynamic_cast<LinuxBackend *>(&backend)) {
+        for (const std::string &line : linuxBackend->accessProblems())
+            lines << QString::fromStdString(line);
+        if (!lines.isEmpty())
+            lines << QString::fromStdString(
+                LinuxBackend::accessAdvice(QCoreApplication::applicationFilePath().toStdString()));
+    }
+#else
+    Q_UNUSED(backend);
+#endif
+    return lines;
 }
 
 } // namespace DiskSession
