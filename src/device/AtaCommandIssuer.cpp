@@ -21,8 +21,8 @@ AtaRegisters smartRegisters(std::uint8_t subCommand, std::uint8_t sectorCount, s
     r.features = subCommand;
     r.sectorCount = sectorCount;
     r.sectorNumber = sectorNumber;
-    r.cylinderLow = 0x4F;
-    r.cylinderHigh = 0xC2;
+    r.cylinderLow = kSmartKeyLow;
+    r.cylinderHigh = kSmartKeyHigh;
     r.command = kSmartCommand;
     return r;
 }

@@ -1,5 +1,6 @@
 #include "SMART_thread.h"
 
+#include "device/AtaCommandIssuer.h"
 #include "device/SmartDecoder.h"
 
 #include <utility>
@@ -31,10 +32,10 @@ bool SMART_thread::readSmartSector(DriveBackend &backend, DiskHandle handle, int
     exchange.registers.features = features;
     exchange.registers.sectorCount = 0;
     exchange.registers.sectorNumber = 1;
-    exchange.registers.cylinderLow = 0x4F;
-    exchange.registers.cylinderHigh = 0xC2;
+    exchange.registers.cylinderLow = AtaCommandIssuer::kSmartKeyLow;
+    exchange.registers.cylinderHigh = AtaCommandIssuer::kSmartKeyHigh;
     exchange.registers.driveHead = 0;
-    exchange.registers.command = 0xB0;
+    exchange.registers.command = AtaCommandIssuer::kSmartCommand;
     exchange.dataIn = true;
     // The SMART interface is asked directly rather than through the command
     // issuer: these reads must not fall back to other paths or made-up data.

@@ -1,6 +1,7 @@
 #include "SimulatedDisk.h"
 
 #include "AtaSectors.h"
+#include "device/AtaCommandIssuer.h"
 #include "device/DeviceDescriptor.h"
 #include "device/IdentifyDecoder.h"
 
@@ -8,19 +9,7 @@
 
 namespace {
 
-constexpr std::uint8_t kIdentifyDevice = 0xEC;
-constexpr std::uint8_t kIdentifyPacketDevice = 0xA1;
-constexpr std::uint8_t kSmart = 0xB0;
-constexpr std::uint8_t kSmartReadData = 0xD0;
-constexpr std::uint8_t kSmartReadThresholds = 0xD1;
-constexpr std::uint8_t kSmartReturnStatus = 0xDA;
-
-// The two key bytes every SMART command carries in the cylinder registers;
-// RETURN STATUS hands the second pair back when a threshold is exceeded.
-constexpr std::uint8_t kSmartKeyLow = 0x4F;
-constexpr std::uint8_t kSmartKeyHigh = 0xC2;
-constexpr std::uint8_t kExceededLow = 0xF4;
-constexpr std::uint8_t kExceededHigh = 0x2C;
+using namespace AtaCommandIssuer;
 
 constexpr std::uint8_t kStatusReady = 0x50; // DRDY | DSC
 constexpr std::uint8_t kStatusError = 0x51; // DRDY | DSC | ERR
@@ -140,7 +129,7 @@ std::vector<std::uint8_t> SimulatedDisk::descriptor() const
 
 bool SimulatedDisk::isSmartReadData(const AtaRegisters &registers)
 {
-    return registers.command == kSmart && registers.features == kSmartReadData;
+    return registers.command == kSmartCommand && registers.features == kSmartReadDataFeature;
 }
 
 SimulatedDisk::Outcome SimulatedDisk::classify(int path, const AtaExchange &exchange) const
@@ -149,24 +138,24 @@ SimulatedDisk::Outcome SimulatedDisk::classify(int path, const AtaExchange &exch
         return Outcome::Refused;
     const AtaRegisters &r = exchange.registers;
     // The SMART driver interface passes on only IDENTIFY and SMART commands.
-    if (path == SmartIoctlPath && r.command != kIdentifyDevice && r.command != kIdentifyPacketDevice
-        && r.command != kSmart) {
+    if (path == SmartIoctlPath && r.command != kIdentifyDeviceCommand && r.command != kIdentifyPacketDeviceCommand
+        && r.command != kSmartCommand) {
         return Outcome::Refused;
     }
 
     bool readsSector = true;
     Outcome answer = Outcome::Data;
-    if (r.command == kIdentifyDevice) {
+    if (r.command == kIdentifyDeviceCommand) {
         answer = Outcome::Data;
-    } else if (r.command == kSmart) {
+    } else if (r.command == kSmartCommand) {
         const bool smartOn = smartSupported && smartEnabled;
         if (r.cylinderLow != kSmartKeyLow || r.cylinderHigh != kSmartKeyHigh)
             return Outcome::Aborted;
-        if (r.features == kSmartReadData) {
+        if (r.features == kSmartReadDataFeature) {
             answer = smartOn && smartData ? Outcome::Data : Outcome::Aborted;
-        } else if (r.features == kSmartReadThresholds) {
+        } else if (r.features == kSmartReadThresholdsFeature) {
             answer = smartOn && thresholds ? Outcome::Data : Outcome::Aborted;
-        } else if (r.features == kSmartReturnStatus) {
+        } else if (r.features == kSmartReturnStatusFeature) {
             readsSector = false;
             answer = smartOn ? Outcome::Status : Outcome::Aborted;
         } else {
@@ -203,9 +192,9 @@ void SimulatedDisk::complete(Outcome outcome, int path, AtaExchange &exchange, q
         exchange.registersReturned = true;
         return;
     case Outcome::Data:
-        if (r.command == kIdentifyDevice)
+        if (r.command == kIdentifyDeviceCommand)
             exchange.data = identify;
-        else if (r.features == kSmartReadThresholds)
+        else if (r.features == kSmartReadThresholdsFeature)
             exchange.data = thresholds.value_or(Sector{});
         else
             exchange.data = smartDataAt(poll);
@@ -220,8 +209,8 @@ void SimulatedDisk::complete(Outcome outcome, int path, AtaExchange &exchange, q
     case Outcome::Status: {
         const bool healthy = healthyAt(poll);
         r.features = 0;
-        r.cylinderLow = healthy ? kSmartKeyLow : kExceededLow;
-        r.cylinderHigh = healthy ? kSmartKeyHigh : kExceededHigh;
+        r.cylinderLow = healthy ? kSmartKeyLow : kSmartExceededLow;
+        r.cylinderHigh = healthy ? kSmartKeyHigh : kSmartExceededHigh;
         r.command = kStatusReady;
         exchange.registersReturned = true;
         return;
