@@ -17,25 +17,32 @@ DiskRecord disk(const QString &serial, int level, int health, int celsius, const
     d.healthState = level;
     d.healthValue = health;
     d.temperature = celsius;
-    quint32 id = 1;
     for (quint32 v : values) {
         SmartAttribute a;
-        a.id = id++;
+        a.id = quint32(d.attributes.size() + 1);
         a.current = v;
-        a.threshold = 10;
         d.attributes.append(a);
     }
     return d;
 }
 
-QByteArray readAll(const QString &path)
+// The bodies of the lines in \a path, each checked for a stamp no older than \a since.
+QStringList bodiesIn(const QString &path, const QDateTime &since = QDateTime::currentDateTime().addDays(-1))
 {
+    static const QRegularExpression line(QStringLiteral("^(\\d{14})\\]!\\[(.*)$"));
     QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    if (!f.open(QIODevice::ReadOnly))
+        return {QStringLiteral("<unreadable>")};
+    QStringList bodies;
+    for (const QString &text : QString::fromLocal8Bit(f.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+        const QRegularExpressionMatch m = line.match(text);
+        const QDateTime stamp = QDateTime::fromString(m.captured(1), QStringLiteral("yyyyMMddhhmmss"));
+        bodies.append(stamp.isValid() && stamp >= since.addSecs(-1) && stamp <= QDateTime::currentDateTime()
+                          ? m.captured(2)
+                          : QStringLiteral("<bad line> ") + text);
+    }
+    return bodies;
 }
-
-// Stamp, separator, body, a bare line feed.
-const QRegularExpression kLine(QStringLiteral("^(\\d{8})(\\d{6})\\]!\\[(.*)$"));
 
 } // namespace
 
@@ -43,85 +50,49 @@ class TestEventLog : public QObject
 {
     Q_OBJECT
 
-private:
     QTemporaryDir m_dir;
 
-    QString freshPath(const QString &name)
-    {
-        const QString path = m_dir.filePath(name);
-        QFile::remove(path);
-        return path;
-    }
-
 private slots:
-    void recordLine()
+    void bodiesAndLine()
     {
-        const EventLogRecord morning{QDateTime(QDate(2026, 3, 14), QTime(9, 30, 15)), EventLogRecord::sessionStartedBody()};
-        QCOMPARE(morning.toLine(), QStringLiteral("20260314093015]![INFO]![Session started\n"));
-        const EventLogRecord evening{QDateTime(QDate(2025, 12, 1), QTime(21, 5, 7)), EventLogRecord::sessionFinishedBody()};
-        QCOMPARE(evening.toLine(), QStringLiteral("20251201210507]![INFO]![Session finished\n"));
-    }
+        const EventLogRecord line{QDateTime(QDate(2025, 12, 1), QTime(21, 5, 7)), EventLogRecord::sessionStartedBody()};
+        QCOMPARE(line.toLine(), QStringLiteral("20251201210507]![INFO]![Session started\n"));
 
-    void smartBody()
-    {
         DiskRecord d = disk(QStringLiteral("S1234ABCD"), 1, 100, 36, {200, 200, 100, 253});
         d.attributes[2].performance = 1; // written although the evaluation ignores it
-        QCOMPARE(EventLogRecord::smartBody(0, d), QStringLiteral("SMART]![0]![S1234ABCD]![1]![100]![36~;200~;200~;100~;253"));
-
-        const DiskRecord bare = disk(QStringLiteral("Z9"), 3, 4, 0, {});
-        QCOMPARE(EventLogRecord::smartBody(12, bare), QStringLiteral("SMART]![12]![Z9]![3]![4]![0"));
-
+        QCOMPARE(EventLogRecord::smartBody(0, d),
+                 QStringLiteral("SMART]![0]![S1234ABCD]![1]![100]![36~;200~;200~;100~;253"));
+        QCOMPARE(EventLogRecord::smartBody(12, disk(QStringLiteral("Z9"), 3, 4, 0, {})),
+                 QStringLiteral("SMART]![12]![Z9]![3]![4]![0"));
         // A serial with placeholder text is written as it stands.
-        const DiskRecord odd = disk(QStringLiteral("%1%2"), 2, 50, -3, {7});
-        QCOMPARE(EventLogRecord::smartBody(1, odd), QStringLiteral("SMART]![1]![%1%2]![2]![50]![-3~;7"));
+        QCOMPARE(EventLogRecord::smartBody(1, disk(QStringLiteral("%1%2"), 2, 50, -3, {7})),
+                 QStringLiteral("SMART]![1]![%1%2]![2]![50]![-3~;7"));
     }
 
-    void writeAppendsStampedLines()
+    void writeAppendsLinesInTheLocalEncoding()
     {
-        const QString path = freshPath(QStringLiteral("KV_f.log"));
+        const QString path = m_dir.filePath(QStringLiteral("KV_f.log"));
         {
             QFile f(path);
             QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write("earlier session\n");
+            f.write("20000101000000]![earlier session\n");
         }
-        const QDateTime before = QDateTime::currentDateTime().addSecs(-1);
+        const QDateTime start = QDateTime::currentDateTime();
         QVERIFY(EventLogWriter(path).writeLog(EventLogRecord::sessionStartedBody()));
         EventLogWriter second(path); // a new writer appends, it does not truncate
-        QVERIFY(second.writeLog(QStringLiteral("SMART]![0]![X]![1]![100]![40")));
-        QVERIFY(second.writeLog(EventLogRecord::sessionFinishedBody()));
-        const QDateTime after = QDateTime::currentDateTime().addSecs(1);
-
-        const QByteArray bytes = readAll(path);
-        QVERIFY(!bytes.contains('\r'));
-        QVERIFY(bytes.endsWith('\n'));
-        const QStringList lines = QString::fromUtf8(bytes).split(QLatin1Char('\n'));
-        QCOMPARE(lines.size(), 5);
-        QCOMPARE(lines[0], QStringLiteral("earlier session"));
-        const QStringList bodies{QStringLiteral("INFO]![Session started"), QStringLiteral("SMART]![0]![X]![1]![100]![40"),
-                                 QStringLiteral("INFO]![Session finished")};
-        for (int i = 0; i < 3; ++i) {
-            const QRegularExpressionMatch m = kLine.match(lines[i + 1]);
-            QVERIFY2(m.hasMatch(), qPrintable(lines[i + 1]));
-            QCOMPARE(m.captured(3), bodies[i]);
-            const QDateTime stamp(QDate::fromString(m.captured(1), QStringLiteral("yyyyMMdd")),
-                                  QTime::fromString(m.captured(2), QStringLiteral("hhmmss")));
-            QVERIFY(stamp.isValid());
-            QVERIFY(stamp >= before.addMSecs(-before.time().msec()) && stamp <= after);
-        }
-        QVERIFY(lines[4].isEmpty());
-    }
-
-    void nonAsciiIsWrittenInTheLocalEncoding()
-    {
-        const QString path = freshPath(QStringLiteral("local.log"));
         const QString body = QStringLiteral("SMART]![0]![Prüf-ÄÖ]![1]![100]![40");
-        QVERIFY(EventLogWriter(path).writeLog(body));
-        const QByteArray bytes = readAll(path);
+        QVERIFY(second.writeLog(body));
+
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        const QByteArray bytes = f.readAll();
+        QVERIFY(bytes.startsWith("20000101000000]![earlier session\n"));
         QVERIFY(bytes.endsWith(body.toLocal8Bit() + '\n'));
+        QVERIFY(!bytes.contains('\r'));
 #ifdef Q_OS_UNIX
-        // Unix locales are taken as UTF-8.
-        QVERIFY(bytes.contains("Pr\xC3\xBC" "f-\xC3\x84\xC3\x96"));
+        QVERIFY(bytes.contains("Pr\xC3\xBC" "f-\xC3\x84\xC3\x96")); // Unix locales are taken as UTF-8
 #endif
+        QCOMPARE(bodiesIn(path, start).mid(1), (QStringList{EventLogRecord::sessionStartedBody(), body}));
     }
 
     void unwritablePathLosesTheLineQuietly()
@@ -129,57 +100,38 @@ private slots:
         EventLogWriter inMissingDir(m_dir.filePath(QStringLiteral("no/such/dir/KV_f.log")));
         QVERIFY(!inMissingDir.writeLog(EventLogRecord::sessionStartedBody()));
         QVERIFY(!QFile::exists(inMissingDir.path()));
-
-        EventLogWriter onDirectory(m_dir.path());
-        QVERIFY(!onDirectory.writeLog(EventLogRecord::sessionStartedBody()));
+        QVERIFY(!EventLogWriter(m_dir.path()).writeLog(EventLogRecord::sessionStartedBody()));
         QVERIFY(!EventLogWriter().writeLog(EventLogRecord::sessionStartedBody()));
-
         // The evaluation's records go nowhere, and nothing else breaks.
-        const QStringList changes = inMissingDir.compareValues({disk(QStringLiteral("A"), 1, 100, 30, {100})});
-        QCOMPARE(changes, QStringList{QStringLiteral("1=100,")});
+        QCOMPARE(inMissingDir.compareValues({disk(QStringLiteral("A"), 1, 100, 30, {100})}), QStringList{"1=100,"});
     }
 
-    void compareValuesWritesEveryMonitoredDisk()
+    // Every monitored disk is written on every poll under its list position; changes are per disk.
+    void compareValues()
     {
-        const QString path = freshPath(QStringLiteral("smart.log"));
+        const QString path = m_dir.filePath(QStringLiteral("smart.log"));
         EventLogWriter writer(path);
-        DiskRecord idle = disk(QStringLiteral("B"), 2, 50, 45, {90});
-        idle.monitored = false;
-        DiskRecord noSmart = disk(QStringLiteral("C"), 0, 0, 0, {});
-        noSmart.smartState = 0;
-        QList<DiskRecord> disks{disk(QStringLiteral("A"), 1, 100, 36, {100, 200}), idle, noSmart};
+        QList<DiskRecord> disks{disk(QStringLiteral("A"), 1, 100, 36, {100, 200}),
+                                disk(QStringLiteral("B"), 2, 50, 45, {90}), disk(QStringLiteral("C"), 0, 0, 0, {})};
+        disks[1].monitored = false;
+        disks[2].smartState = 0;
 
-        QCOMPARE(writer.compareValues(disks),
-                 (QStringList{QStringLiteral("1=100,2=200,"), QStringLiteral("1=90,"), QString()}));
-        // Unchanged values are still written in full on the next poll.
-        QCOMPARE(writer.compareValues(disks), (QStringList{QString(), QString(), QString()}));
+        QCOMPARE(writer.compareValues(disks), (QStringList{"1=100,2=200,", "1=90,", ""}));
+        QCOMPARE(writer.compareValues(disks), (QStringList{"", "", ""}));
         disks[0].attributes[1].current = 199;
         disks[0].temperature = 37;
-        QCOMPARE(writer.compareValues(disks), (QStringList{QStringLiteral("2=199,"), QString(), QString()}));
+        QCOMPARE(writer.compareValues(disks), (QStringList{"2=199,", "", ""}));
+        const QString a = QStringLiteral("SMART]![0]![A]![1]![100]![36~;100~;200");
+        const QString c = QStringLiteral("SMART]![2]![C]![0]![0]![0");
+        const QString later = QStringLiteral("SMART]![0]![A]![1]![100]![37~;100~;199");
+        QCOMPARE(bodiesIn(path), (QStringList{a, c, a, c, later, c}));
 
-        QStringList bodies;
-        for (const QString &line : QString::fromUtf8(readAll(path)).split(QLatin1Char('\n'), Qt::SkipEmptyParts))
-            bodies.append(kLine.match(line).captured(3));
-        QCOMPARE(bodies, (QStringList{
-                             QStringLiteral("SMART]![0]![A]![1]![100]![36~;100~;200"),
-                             QStringLiteral("SMART]![2]![C]![0]![0]![0"),
-                             QStringLiteral("SMART]![0]![A]![1]![100]![36~;100~;200"),
-                             QStringLiteral("SMART]![2]![C]![0]![0]![0"),
-                             QStringLiteral("SMART]![0]![A]![1]![100]![37~;100~;199"),
-                             QStringLiteral("SMART]![2]![C]![0]![0]![0"),
-                         }));
-    }
-
-    void compareValuesStartsOverWhenTheDisksChange()
-    {
-        EventLogWriter writer; // no file: only the snapshots are of interest here
-        QList<DiskRecord> disks{disk(QStringLiteral("A"), 1, 100, 36, {100})};
-        writer.compareValues(disks);
-        disks.append(disk(QStringLiteral("B"), 1, 100, 36, {100}));
-        QCOMPARE(writer.compareValues(disks), (QStringList{QStringLiteral("1=100,"), QStringLiteral("1=100,")}));
-        disks[1].attributes.append(disks[1].attributes[0]);
-        disks[1].attributes[1].id = 5;
-        QCOMPARE(writer.compareValues(disks), (QStringList{QString(), QStringLiteral("1=100,5=100,")}));
+        // Another disk list, or another attribute table, starts that comparison over.
+        disks.append(disk(QStringLiteral("D"), 1, 100, 36, {100}));
+        QCOMPARE(writer.compareValues(disks), (QStringList{"1=100,2=199,", "1=90,", "", "1=100,"}));
+        disks[3].attributes.append(disks[3].attributes[0]);
+        disks[3].attributes[1].id = 5;
+        QCOMPARE(writer.compareValues(disks), (QStringList{"", "", "", "1=100,5=100,"}));
     }
 };
 

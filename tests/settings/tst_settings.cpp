@@ -13,23 +13,18 @@
 
 namespace {
 
-// The value a key would be saved with: observing the record through the file format keeps the
-// loader tests independent of field types.
-QString savedValue(const AppSettings &settings, const QString &key)
+// The values the comma-separated keys would be saved with: observing the record through the file
+// format keeps the loader tests independent of field types.
+QString savedValues(const AppSettings &settings, const QString &keys)
 {
-    const QString text = QString::fromLocal8Bit(SettingsFile::render(settings, {}));
-    for (const QString &line : text.split(QStringLiteral("\r\n")))
-        if (line.startsWith(key + QLatin1Char('=')))
-            return line.mid(key.size() + 1);
-    return QStringLiteral("<missing>");
-}
-
-AppSettings parsed(const QByteArray &content, QList<DiskSettings> *disks = nullptr)
-{
-    AppSettings settings;
-    QList<DiskSettings> list;
-    SettingsFile::parse(content, settings, disks ? *disks : list);
-    return settings;
+    const QStringList lines = QString::fromLocal8Bit(SettingsFile::render(settings, {})).split(QStringLiteral("\r\n"));
+    QStringList values;
+    for (const QString &key : keys.split(QLatin1Char(','))) {
+        const auto line = std::find_if(lines.begin(), lines.end(),
+                                       [&](const QString &l) { return l.startsWith(key + QLatin1Char('=')); });
+        values << (line == lines.end() ? QStringLiteral("<missing>") : line->mid(key.size() + 1));
+    }
+    return values.join(QLatin1Char(','));
 }
 
 QString describe(const QList<DiskSettings> &list)
@@ -77,7 +72,7 @@ private slots:
         qunsetenv(AppPaths::HomeVariable);
     }
 
-    void defaults()
+    void defaultsAndDerivedValues()
     {
         AppSettings settings;
         settings.showMainWindow = false;
@@ -87,14 +82,8 @@ private slots:
         QCOMPARE(settings.StyleType, 3);
         QCOMPARE(settings.poll_time, 5);
         QVERIFY(!settings.showMainWindow); // run-time values are not defaults of the file
-
         QCOMPARE(AppSettings::defaultStyleIndex({QStringLiteral("Windows"), QStringLiteral("windowsvista")}), 1);
-        QCOMPARE(AppSettings::defaultStyleIndex({}), 1);
-    }
 
-    void displayAndIntervals()
-    {
-        AppSettings settings;
         QCOMPARE(settings.displayTemperature(37), 98); // Fahrenheit by default; 98.6 truncated
         QCOMPARE(settings.displayTemperature(-3), 27); // -27 / 5 truncates toward zero
         settings.temp_celsius = 0;
@@ -106,7 +95,7 @@ private slots:
     void loadValues_data()
     {
         QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("keys");
         QTest::addColumn<QString>("expected");
 
         QTest::newRow("key inside a longer line") << QByteArray("xxpoll_time=7") << "poll_time" << "7";
@@ -120,55 +109,34 @@ private slots:
         QTest::newRow("unit flag 2 refused") << QByteArray("temp_celsius=2") << "temp_celsius" << "1";
         QTest::newRow("bool word reads 0") << QByteArray("pop_notif_enable=yes") << "pop_notif_enable" << "0";
         QTest::newRow("bool 2 refused") << QByteArray("pop_notif_enable=2") << "pop_notif_enable" << "1";
-        QTest::newRow("value holding a later key, first key") << QByteArray("extWarnTask=cmd SMTP_user=a")
-                                                             << "extWarnTask" << "cmd SMTP_user=a";
-        QTest::newRow("value holding a later key, later key") << QByteArray("extWarnTask=cmd SMTP_user=a")
-                                                             << "SMTP_user" << "a";
-        QTest::newRow("bytes read as Latin-1") << QByteArray("SMTP_pass=p\xe4ss") << "SMTP_pass"
+        QTest::newRow("value holding a later key") << QByteArray("extWarnTask=cmd SMTP_user=a")
+                                                   << "extWarnTask,SMTP_user" << "cmd SMTP_user=a,a";
+        QTest::newRow("bytes read as Latin-1") << QByteArray("SMTP_user=p\xe4ss") << "SMTP_user"
                                                << QString::fromUtf8("p\xc3\xa4ss");
+        QTest::newRow("empty string keeps the value") << QByteArray("SMTP_pass=\r\nextCritTask=\r\n")
+                                                      << "SMTP_pass,extCritTask" << "secret,beep";
+        // The temperature pair is taken only as a whole.
+        const QString pair = QStringLiteral("warn_temp,crit_temp");
+        QTest::newRow("critical below default warning") << QByteArray("crit_temp=40") << pair << "55,70";
+        QTest::newRow("valid pair") << QByteArray("warn_temp=60\ncrit_temp=65") << pair << "60,65";
+        QTest::newRow("lowest pair") << QByteArray("warn_temp=30\ncrit_temp=31") << pair << "30,31";
+        QTest::newRow("highest pair") << QByteArray("warn_temp=80\ncrit_temp=100") << pair << "80,100";
+        QTest::newRow("warning too low") << QByteArray("warn_temp=29") << pair << "55,70";
+        QTest::newRow("warning too high") << QByteArray("warn_temp=81\ncrit_temp=100") << pair << "55,70";
+        QTest::newRow("critical too high") << QByteArray("crit_temp=101") << pair << "55,70";
+        QTest::newRow("equal pair") << QByteArray("warn_temp=50\ncrit_temp=50") << pair << "55,70";
     }
     void loadValues()
     {
         QFETCH(QByteArray, content);
-        QFETCH(QString, key);
+        QFETCH(QString, keys);
         QFETCH(QString, expected);
-        QCOMPARE(savedValue(parsed(content), key), expected);
-    }
-
-    void emptyStringKeepsValue()
-    {
         AppSettings settings;
         settings.SMTP_pass = QStringLiteral("secret");
-        settings.extWarnTask = QStringLiteral("beep");
+        settings.extCritTask = QStringLiteral("beep");
         QList<DiskSettings> disks;
-        SettingsFile::parse("SMTP_pass=\r\nextWarnTask=\r\n", settings, disks);
-        QCOMPARE(settings.SMTP_pass, QStringLiteral("secret"));
-        QCOMPARE(settings.extWarnTask, QStringLiteral("beep"));
-    }
-
-    void temperaturePair_data()
-    {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<int>("warn");
-        QTest::addColumn<int>("crit");
-
-        QTest::newRow("critical below default warning") << QByteArray("crit_temp=40") << 55 << 70;
-        QTest::newRow("valid pair") << QByteArray("warn_temp=60\ncrit_temp=65") << 60 << 65;
-        QTest::newRow("lowest pair") << QByteArray("warn_temp=30\ncrit_temp=31") << 30 << 31;
-        QTest::newRow("highest pair") << QByteArray("warn_temp=80\ncrit_temp=100") << 80 << 100;
-        QTest::newRow("warning too low") << QByteArray("warn_temp=29") << 55 << 70;
-        QTest::newRow("warning too high") << QByteArray("warn_temp=81\ncrit_temp=100") << 55 << 70;
-        QTest::newRow("critical too high") << QByteArray("crit_temp=101") << 55 << 70;
-        QTest::newRow("equal pair") << QByteArray("warn_temp=50\ncrit_temp=50") << 55 << 70;
-    }
-    void temperaturePair()
-    {
-        QFETCH(QByteArray, content);
-        QFETCH(int, warn);
-        QFETCH(int, crit);
-        const AppSettings settings = parsed(content);
-        QCOMPARE(settings.warn_temp, warn);
-        QCOMPARE(settings.crit_temp, crit);
+        SettingsFile::parse(content, settings, disks);
+        QCOMPARE(savedValues(settings, keys), expected);
     }
 
     void diskLines_data()
@@ -190,36 +158,25 @@ private slots:
     {
         QFETCH(QByteArray, content);
         QFETCH(QString, expected);
+        AppSettings settings;
         QList<DiskSettings> disks{DiskSettings{QStringLiteral("stale"), true, 1}};
-        parsed(content, &disks);
+        SettingsFile::parse(content, settings, disks);
         QCOMPARE(describe(disks), expected);
     }
 
+    // The first entry for a serial wins, serials match case-sensitively, and a unit is taken only
+    // when both the entry and the disk have one.
     void applyDiskSettings()
     {
-        const QList<DiskSettings> entries{{QStringLiteral("S1"), false, 3},
-                                          {QStringLiteral("S1"), true, 1},
-                                          {QStringLiteral("S2"), true, 2},
-                                          {QStringLiteral("S3"), true, 0}};
-
-        DiskRecord first = disk(QStringLiteral("S1"), true, 1);
-        SettingsFile::applyDiskSettings(entries, first);
-        QVERIFY(!first.monitored); // the first entry for a serial wins
-        QCOMPARE(first.powerOnUnit, 3);
-
-        DiskRecord noUnit = disk(QStringLiteral("S2"), false, 0);
-        SettingsFile::applyDiskSettings(entries, noUnit);
-        QVERIFY(noUnit.monitored);
-        QCOMPARE(noUnit.powerOnUnit, 0); // a disk without a unit never gets one
-
-        DiskRecord unknownEntryUnit = disk(QStringLiteral("S3"), true, 2);
-        SettingsFile::applyDiskSettings(entries, unknownEntryUnit);
-        QCOMPARE(unknownEntryUnit.powerOnUnit, 2);
-
-        DiskRecord otherCase = disk(QStringLiteral("s1"), true, 1);
-        SettingsFile::applyDiskSettings(entries, otherCase);
-        QVERIFY(otherCase.monitored);
-        QCOMPARE(otherCase.powerOnUnit, 1);
+        const QList<DiskSettings> entries{{QStringLiteral("S1"), false, 3}, {QStringLiteral("S1"), true, 1},
+                                          {QStringLiteral("S2"), true, 2}, {QStringLiteral("S3"), true, 0}};
+        QStringList results;
+        for (const auto &[serial, unit] : {std::pair{"S1", 1}, {"S2", 0}, {"S3", 2}, {"s1", 1}}) {
+            DiskRecord record = disk(QLatin1String(serial), false, unit);
+            SettingsFile::applyDiskSettings(entries, record);
+            results << QStringLiteral("%1:%2,%3").arg(record.serial).arg(int(record.monitored)).arg(record.powerOnUnit);
+        }
+        QCOMPARE(results.join(QLatin1Char(' ')), QStringLiteral("S1:0,3 S2:1,0 S3:1,2 s1:0,1"));
     }
 
     void defaultFileContent()
@@ -233,26 +190,44 @@ private slots:
             "SMTP_auth=0\r\npop_notif_enable=1\r\neml_notif_enable=0\r\nstartup=0\r\nwarn_temp=55\r\ncrit_temp=70\r\n"
             "extWarnTask=\r\nextCritTask=\r\ndisk[WD-123]=(0,2)\r\n";
         QCOMPARE(SettingsFile::render(settings, {disk(QStringLiteral("WD-123"), false, 2)}), expected);
+
+        // Values are filled in one after the other, so "%14" in the sender is taken by the recipient.
+        settings.SMTP_from = QStringLiteral("%14");
+        settings.SMTP_to = QStringLiteral("to@example.org");
+        QCOMPARE(savedValues(settings, QStringLiteral("SMTP_from")), QStringLiteral("to@example.org"));
     }
 
-    void roundTrip()
+    void roundTripThroughAnAtomicOwnerOnlySave()
     {
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("Korvane.ini"));
+        const QString link = dir.filePath(QStringLiteral("old-copy"));
+        QVERIFY(writeFile(path, "poll_time=1\r\n"));
+        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther));
+        QCOMPARE(::link(QFile::encodeName(path).constData(), QFile::encodeName(link).constData()), 0);
 
         // Every key away from its default, including a password holding "=" and a blank.
-        const AppSettings saved = parsed(
+        AppSettings saved;
+        QList<DiskSettings> entries;
+        SettingsFile::parse(
             "poll_time=30\npoll_period=0\ntime_check_space=2\nperiod_check_space=2\nshow_temp=1\ntemp_celsius=0\n"
             "disk_temp_show=1\nStyleType=4\nLanguageType=1\ncolor_N=5\ncolor_W=13\ncolor_C=3\n"
             "SMTP_from=box@example.org\nSMTP_to=admin@example.org\nSMTP_server=smtp.example.org\nSMTP_port=587\n"
             "SMTP_user=box\nSMTP_pass=p=ss word\nSMTP_auth=1\npop_notif_enable=0\neml_notif_enable=1\nstartup=1\n"
-            "warn_temp=45\ncrit_temp=60\nextWarnTask=/usr/local/bin/warn.sh\nextCritTask=/usr/local/bin/crit.sh\n");
+            "warn_temp=45\ncrit_temp=60\nextWarnTask=/usr/local/bin/warn.sh\nextCritTask=/usr/local/bin/crit.sh\n",
+            saved, entries);
         QCOMPARE(saved.SMTP_pass, QStringLiteral("p=ss word"));
-        const QList<DiskRecord> disks{disk(QStringLiteral("S1"), false, 4), disk(QStringLiteral("S2"), true, 0)};
-        QVERIFY(SettingsFile::save(path, saved, disks));
+        QVERIFY(SettingsFile::save(path, saved,
+                                   {disk(QStringLiteral("S1"), false, 4), disk(QStringLiteral("S2"), true, 0)}));
+
+        // The new content went into a new file that replaced the name: the old inode is untouched.
+        QCOMPARE(readFile(link), QByteArray("poll_time=1\r\n"));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
+        struct stat info {};
+        QCOMPARE(::stat(QFile::encodeName(path).constData(), &info), 0);
+        QCOMPARE(info.st_mode & 0777, mode_t(0600));
 
         AppSettings loaded;
-        QList<DiskSettings> entries;
         QVERIFY(SettingsFile::load(path, loaded, entries));
         QCOMPARE(SettingsFile::render(loaded, {}), SettingsFile::render(saved, {}));
         QCOMPARE(describe(entries), QStringLiteral("S1,0,4;S2,1,0"));
@@ -260,44 +235,11 @@ private slots:
         // A later load of a file without disk lines forgets the old entries; so does a missing file.
         QVERIFY(writeFile(path, "poll_time=9\r\n"));
         QVERIFY(SettingsFile::load(path, loaded, entries));
+        QCOMPARE(loaded.poll_time, 9);
         QVERIFY(entries.isEmpty());
         entries.append(DiskSettings{});
         QVERIFY(!SettingsFile::load(dir.filePath(QStringLiteral("absent.ini")), loaded, entries));
         QVERIFY(entries.isEmpty());
-        QCOMPARE(loaded.poll_time, 9);
-    }
-
-    void placeholderInValue()
-    {
-        // Values are filled in one after the other, so "%14" in the sender is taken by the recipient.
-        AppSettings settings;
-        settings.SMTP_from = QStringLiteral("%14");
-        settings.SMTP_to = QStringLiteral("to@example.org");
-        QCOMPARE(savedValue(settings, QStringLiteral("SMTP_from")), QStringLiteral("to@example.org"));
-        QCOMPARE(savedValue(settings, QStringLiteral("SMTP_to")), QStringLiteral("to@example.org"));
-    }
-
-    void saveReplacesFileAtomically()
-    {
-        QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Korvane.ini"));
-        const QString link = dir.filePath(QStringLiteral("old-copy"));
-        QVERIFY(writeFile(path, "poll_time=1\r\n"));
-        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup
-                                                | QFile::ReadOther));
-        QCOMPARE(::link(QFile::encodeName(path).constData(), QFile::encodeName(link).constData()), 0);
-
-        QVERIFY(SettingsFile::save(path, AppSettings{}, {}));
-
-        // The new content went into a new file that replaced the name: the old inode is untouched.
-        QCOMPARE(readFile(link), QByteArray("poll_time=1\r\n"));
-        QVERIFY(readFile(path).startsWith("poll_time=5\r\n"));
-        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
-
-        struct stat info {};
-        QCOMPARE(::stat(QFile::encodeName(path).constData(), &info), 0);
-        QCOMPARE(info.st_mode & 0777, mode_t(0600));
-
         QVERIFY(!SettingsFile::save(dir.filePath(QStringLiteral("missing/Korvane.ini")), AppSettings{}, {}));
     }
 
@@ -323,29 +265,19 @@ private slots:
         QCOMPARE(AppPaths::settingsFilePath(exeDir.path()), homeDir + QStringLiteral("/Korvane.ini"));
         QCOMPARE(AppPaths::eventLogPath(gone), homeDir + QStringLiteral("/KV_f.log"));
         QVERIFY(QFileInfo(homeDir).isDir());
-
         QVERIFY(AppPaths::executableDirectory().endsWith(QLatin1Char('/')));
-    }
 
-    void processWideSettings()
-    {
-        QTemporaryDir home;
-        qputenv(AppPaths::HomeVariable, QFile::encodeName(home.path()));
-
+        // The process-wide settings go there too.
         setDefaults({});
         appSettings().poll_time = 12;
         QVERIFY(saveSettings({disk(QStringLiteral("S9"), false, 2)}));
-        QVERIFY(QFile::exists(home.filePath(QStringLiteral("Korvane.ini"))));
-
         setDefaults({});
         QVERIFY(loadSettings());
         QCOMPARE(appSettings().poll_time, 12);
-
         QList<DiskRecord> disks{disk(QStringLiteral("S9"), true, 1)};
         ::applyDiskSettings(disks, 0);
         ::applyDiskSettings(disks, 1); // no such disk: ignored
-        QVERIFY(!disks[0].monitored);
-        QCOMPARE(disks[0].powerOnUnit, 2);
+        QCOMPARE(QStringLiteral("%1,%2").arg(int(disks[0].monitored)).arg(disks[0].powerOnUnit), QStringLiteral("0,2"));
     }
 };
 

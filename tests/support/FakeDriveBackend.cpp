@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <tuple>
 
 namespace {
 
@@ -13,31 +14,11 @@ int commandKey(const AtaRegisters &r)
 }
 
 constexpr int kAnyCommand = -1;
-constexpr std::size_t kDescriptorHeader = 40;
-
-// Hands a scripted value out; an unset one is a failing query.
-template <typename T>
-bool give(const std::optional<T> &value, T &out)
-{
-    if (!value)
-        return false;
-    out = *value;
-    return true;
-}
-
-FakeDriveBackend::Call named(const char *operation)
-{
-    FakeDriveBackend::Call call;
-    call.operation = operation;
-    return call;
-}
 
 void putIdentifyText(Sector &sector, int offset, int length, const std::string &text)
 {
-    for (int i = 0; i < length; ++i) {
-        const char c = i < int(text.size()) ? text[std::size_t(i)] : ' ';
-        sector[std::size_t(offset + (i ^ 1))] = std::uint8_t(c);
-    }
+    for (int i = 0; i < length; ++i)
+        sector[std::size_t(offset + (i ^ 1))] = std::uint8_t(i < int(text.size()) ? text[std::size_t(i)] : ' ');
 }
 
 } // namespace
@@ -91,19 +72,11 @@ FakeDriveBackend::Disk *FakeDriveBackend::disk(int probe)
     return it == m_disks.end() ? nullptr : &it->second;
 }
 
-std::vector<FakeDriveBackend::Call> FakeDriveBackend::calls() const
-{
-    std::lock_guard lock(m_mutex);
-    return m_calls;
-}
-
 std::vector<FakeDriveBackend::Call> FakeDriveBackend::calls(const std::string &operation) const
 {
-    std::vector<Call> result;
-    for (const Call &call : calls()) {
-        if (call.operation == operation)
-            result.push_back(call);
-    }
+    std::lock_guard lock(m_mutex);
+    std::vector<Call> result = m_calls;
+    std::erase_if(result, [&](const Call &call) { return !operation.empty() && call.operation != operation; });
     return result;
 }
 
@@ -130,7 +103,7 @@ void FakeDriveBackend::clearCalls()
 std::vector<std::uint8_t> FakeDriveBackend::makeDescriptor(const std::string &vendor, const std::string &product,
                                                            const std::string &revision, const std::string &serial)
 {
-    std::vector<std::uint8_t> bytes(kDescriptorHeader, 0);
+    std::vector<std::uint8_t> bytes(40, 0);
     const std::pair<int, const std::string *> fields[] = {
         {12, &vendor}, {16, &product}, {20, &revision}, {24, &serial}};
     for (const auto &[field, text] : fields) {
@@ -166,18 +139,10 @@ Sector FakeDriveBackend::makeIdentify(const std::string &model, const std::strin
     return sector;
 }
 
-std::string FakeDriveBackend::pathOf(int probe) const
+const FakeDriveBackend::Disk *FakeDriveBackend::enter(Call call, DiskHandle handle, std::unique_lock<std::mutex> &lock)
 {
-    const auto it = m_disks.find(probe);
-    if (it != m_disks.end() && !it->second.path.empty())
-        return it->second.path;
-    return "/fake/disk" + std::to_string(probe);
-}
-
-const FakeDriveBackend::Disk *FakeDriveBackend::enter(Call call, std::unique_lock<std::mutex> &lock)
-{
-    if (call.handle != kNoHandle) {
-        const auto it = m_open.find(call.handle);
+    if (handle != kNoHandle) {
+        const auto it = m_open.find(handle);
         call.probe = it == m_open.end() ? -1 : it->second;
     }
     m_calls.push_back(call);
@@ -188,85 +153,42 @@ const FakeDriveBackend::Disk *FakeDriveBackend::enter(Call call, std::unique_loc
         lock.lock();
     }
     const auto it = m_disks.find(call.probe);
-    return call.probe < 0 || it == m_disks.end() ? nullptr : &it->second;
-}
-
-const FakeDriveBackend::Disk *FakeDriveBackend::onHandle(const char *operation, DiskHandle handle,
-                                                         std::unique_lock<std::mutex> &lock)
-{
-    Call call = named(operation);
-    call.handle = handle;
-    return enter(call, lock);
+    return it == m_disks.end() ? nullptr : &it->second;
 }
 
 std::string FakeDriveBackend::diskPath(int probe) const
 {
-    std::lock_guard lock(m_mutex);
-    return pathOf(probe);
-}
-
-DiskHandle FakeDriveBackend::open(const char *operation, const std::string &path)
-{
-    std::unique_lock lock(m_mutex);
-    Call call = named(operation);
-    call.argument = path;
-    for (const auto &[probe, script] : m_disks) {
-        if (pathOf(probe) == path)
-            call.probe = probe;
-    }
-    const Disk *script = enter(call, lock);
-    if (!script || !script->opens)
-        return kNoHandle;
-    const DiskHandle handle = m_nextHandle++;
-    m_open[handle] = call.probe;
-    return handle;
+    return "/fake/disk" + std::to_string(probe);
 }
 
 DiskHandle FakeDriveBackend::openDisk(const std::string &path)
 {
-    return open("openDisk", path);
-}
-
-DiskHandle FakeDriveBackend::openForRead(const std::string &path, bool)
-{
-    return open("openForRead", path);
+    std::unique_lock lock(m_mutex);
+    Call call("openDisk");
+    for (const auto &[probe, script] : m_disks) {
+        if (diskPath(probe) == path)
+            call.probe = probe;
+    }
+    const Disk *script = enter(call, kNoHandle, lock);
+    if (!script || !script->opens)
+        return kNoHandle;
+    m_open[m_nextHandle] = call.probe;
+    return m_nextHandle++;
 }
 
 void FakeDriveBackend::closeDisk(DiskHandle handle)
 {
     std::unique_lock lock(m_mutex);
-    onHandle("closeDisk", handle, lock);
+    enter(Call("closeDisk"), handle, lock);
     m_open.erase(handle);
-}
-
-bool FakeDriveBackend::geometry(DiskHandle handle, DiskGeometry &out)
-{
-    std::unique_lock lock(m_mutex);
-    const Disk *script = onHandle("geometry", handle, lock);
-    return script && give(script->geometry, out);
-}
-
-bool FakeDriveBackend::diskLength(DiskHandle handle, std::uint64_t &bytes)
-{
-    std::unique_lock lock(m_mutex);
-    const Disk *script = onHandle("diskLength", handle, lock);
-    return script && give(script->length, bytes);
-}
-
-bool FakeDriveBackend::deviceNumber(DiskHandle handle, std::int32_t &number)
-{
-    std::unique_lock lock(m_mutex);
-    const Disk *script = onHandle("deviceNumber", handle, lock);
-    return script && give(script->deviceNumber, number);
 }
 
 int FakeDriveBackend::deviceDescriptor(DiskHandle handle, std::uint8_t *buffer, int size)
 {
     std::unique_lock lock(m_mutex);
-    Call call = named("deviceDescriptor");
-    call.handle = handle;
+    Call call("deviceDescriptor");
     call.size = size;
-    const Disk *script = enter(call, lock);
+    const Disk *script = enter(call, handle, lock);
     if (!script || !script->descriptor)
         return -1;
     const int count = std::min(size, int(script->descriptor->size()));
@@ -276,29 +198,24 @@ int FakeDriveBackend::deviceDescriptor(DiskHandle handle, std::uint8_t *buffer, 
 
 bool FakeDriveBackend::smartVersion(DiskHandle handle, std::uint8_t &version, std::uint8_t &revision)
 {
-    std::unique_lock lock(m_mutex);
-    const Disk *script = onHandle("smartVersion", handle, lock);
-    if (!script || !script->smartVersion)
+    std::pair<std::uint8_t, std::uint8_t> both;
+    if (!query("smartVersion", handle, &Disk::smartVersion, both))
         return false;
-    version = script->smartVersion->first;
-    revision = script->smartVersion->second;
+    std::tie(version, revision) = both;
     return true;
 }
 
 bool FakeDriveBackend::ataCommand(DiskHandle handle, int path, int probeIndex, AtaExchange &exchange)
 {
     std::unique_lock lock(m_mutex);
-    Call call = named("ataCommand");
-    call.handle = handle;
+    Call call("ataCommand");
     call.path = path;
     call.probeIndex = probeIndex;
     call.registers = exchange.registers;
     call.dataIn = exchange.dataIn;
     call.firstDataByte = exchange.data[0];
-    const Disk *script = enter(call, lock);
-    if (!script)
-        return false;
-    const AtaReply reply = script->replyFor(path, exchange.registers);
+    const Disk *script = enter(call, handle, lock);
+    const AtaReply reply = script ? script->replyFor(path, exchange.registers) : AtaReply::refused();
     if (!reply.accepted)
         return false;
     if (reply.data)
@@ -315,19 +232,17 @@ bool FakeDriveBackend::ataCommand(DiskHandle handle, int path, int probeIndex, A
 std::vector<std::string> FakeDriveBackend::volumeNames()
 {
     std::unique_lock lock(m_mutex);
-    enter(named("volumeNames"), lock);
+    enter(Call("volumeNames"), kNoHandle, lock);
     std::vector<std::string> names;
     for (const Volume &v : volumes)
         names.push_back(v.name);
     return names;
 }
 
-const FakeDriveBackend::Volume *FakeDriveBackend::volume(const char *operation, const std::string &name,
-                                                         std::unique_lock<std::mutex> &lock)
+const FakeDriveBackend::Volume *FakeDriveBackend::find(const char *operation, const std::string &name,
+                                                       std::unique_lock<std::mutex> &lock)
 {
-    Call call = named(operation);
-    call.argument = name;
-    enter(call, lock);
+    enter(Call(operation), kNoHandle, lock);
     const auto it = std::find_if(volumes.begin(), volumes.end(), [&](const Volume &v) { return v.name == name; });
     return it == volumes.end() ? nullptr : &*it;
 }
@@ -335,55 +250,13 @@ const FakeDriveBackend::Volume *FakeDriveBackend::volume(const char *operation, 
 bool FakeDriveBackend::isFixedVolume(const std::string &volumeName)
 {
     std::unique_lock lock(m_mutex);
-    const Volume *v = volume("isFixedVolume", volumeName, lock);
+    const Volume *v = find("isFixedVolume", volumeName, lock);
     return v && v->fixed;
-}
-
-bool FakeDriveBackend::volumeSpace(const std::string &volumeName, VolumeSpace &out)
-{
-    std::unique_lock lock(m_mutex);
-    const Volume *v = volume("volumeSpace", volumeName, lock);
-    return v && give(v->space, out);
-}
-
-bool FakeDriveBackend::volumeInformation(const std::string &volumeName, VolumeInformation &out)
-{
-    std::unique_lock lock(m_mutex);
-    const Volume *v = volume("volumeInformation", volumeName, lock);
-    return v && give(v->information, out);
-}
-
-bool FakeDriveBackend::volumeDeviceNumber(const std::string &volumeName, std::int32_t &number)
-{
-    std::unique_lock lock(m_mutex);
-    const Volume *v = volume("volumeDeviceNumber", volumeName, lock);
-    return v && give(v->deviceNumber, number);
 }
 
 std::vector<MountPoint> FakeDriveBackend::mountPoints()
 {
     std::unique_lock lock(m_mutex);
-    enter(named("mountPoints"), lock);
+    enter(Call("mountPoints"), kNoHandle, lock);
     return mounts;
-}
-
-std::int64_t FakeDriveBackend::readAt(DiskHandle handle, std::uint64_t offset, std::uint8_t *buffer,
-                                      std::uint32_t length)
-{
-    std::unique_lock lock(m_mutex);
-    Call call = named("readAt");
-    call.handle = handle;
-    call.offset = offset;
-    call.size = int(length);
-    const Disk *script = enter(call, lock);
-    if (!script)
-        return -1;
-    for (const auto &[first, last] : script->unreadable) {
-        if (offset < last && offset + length > first)
-            return -1;
-    }
-    const std::uint64_t size = script->length.value_or(0);
-    const std::uint64_t count = offset >= size ? 0 : std::min<std::uint64_t>(length, size - offset);
-    std::memset(buffer, 0, count);
-    return std::int64_t(count);
 }
