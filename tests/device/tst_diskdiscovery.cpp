@@ -10,31 +10,13 @@ using Volume = FakeDriveBackend::Volume;
 
 namespace {
 
-Volume fixedVolume(const std::string &name, std::optional<std::int32_t> disk)
+Volume volume(const std::string &name, std::optional<std::int32_t> disk, bool fixed = true)
 {
     Volume v;
     v.name = name;
     v.deviceNumber = disk;
+    v.fixed = fixed;
     return v;
-}
-
-QList<DiskRecord> disksNumbered(std::initializer_list<int> numbers)
-{
-    QList<DiskRecord> disks;
-    for (const int n : numbers) {
-        DiskRecord d;
-        d.diskNumber = n;
-        disks.append(d);
-    }
-    return disks;
-}
-
-QStringList roots(const QList<VolumeRecord> &volumes)
-{
-    QStringList list;
-    for (const VolumeRecord &v : volumes)
-        list << QStringLiteral("%1=%2").arg(v.index).arg(v.rootPath);
-    return list;
 }
 
 } // namespace
@@ -47,35 +29,39 @@ private slots:
     void probesEveryIndex();
     void dropsUnmonitoredDisks_data();
     void dropsUnmonitoredDisks();
-    void geometryAndVersion();
-    void descriptorIdentity_data();
-    void descriptorIdentity();
+    void identity();
     void descriptorBounds_data();
     void descriptorBounds();
-    void identifyPrecedence();
-    void traceLines();
-    void volumeRoots();
-    void volumeFigures();
-    void volumesOnDisks();
+    void volumes();
 };
 
-// A gap in the numbering is not the end of the disks.
+// A gap in the numbering is not the end of the disks; every probe is traced.
 void TestDiskDiscovery::probesEveryIndex()
 {
     FakeDriveBackend backend;
     backend.addDisk(1);
     backend.addDisk(25).deviceNumber = 7;
+    backend.volumes = {volume("\\\\?\\Volume{a}\\", 7), volume("\\\\?\\Volume{b}\\", {}, false)};
 
-    const QList<DiskRecord> disks = getDevice_Info(backend);
+    QStringList lines;
+    const QList<DiskRecord> disks = getDevice_Info(backend, [&](const QString &line) { lines << line; });
     QCOMPARE(disks.size(), 2);
     QCOMPARE(disks[0].diskNumber, 1);
     QCOMPARE(disks[0].devicePath, QStringLiteral("/fake/disk1"));
     QCOMPARE(disks[1].diskNumber, 7);
+    QCOMPARE(disks[1].volumes.size(), 1);
     QCOMPARE(backend.calls("openDisk").size(), 26u);
     QCOMPARE(backend.openHandleCount(), 0);
     // IDENTIFY addresses the drive by its probe index.
     for (const auto &call : backend.calls("ataCommand"))
         QVERIFY(call.probeIndex == 1 || call.probeIndex == 25);
+
+    QCOMPARE(lines.size(), 26 + 3);
+    QCOMPARE(lines[0], QStringLiteral("Before get Info: /fake/disk0"));
+    QCOMPARE(lines[25], QStringLiteral("Before get Info: /fake/disk25"));
+    QCOMPARE(lines.mid(26), (QStringList{QStringLiteral("Before findLogicalVolumes"),
+                                         QStringLiteral("Logical Volume: \\\\?\\Volume{a}\\"),
+                                         QStringLiteral("Logical Volume: \\\\?\\Volume{b}\\")}));
 }
 
 void TestDiskDiscovery::dropsUnmonitoredDisks_data()
@@ -98,69 +84,42 @@ void TestDiskDiscovery::dropsUnmonitoredDisks()
     case 2: disk.length.reset(); break;
     case 3: disk.deviceNumber.reset(); break;
     }
-    backend.volumes = {fixedVolume("V0", 0)};
+    backend.volumes = {volume("V0", 0)};
 
     QVERIFY(getDevice_Info(backend).isEmpty());
     QCOMPARE(backend.calls("closeDisk").size(), 1u);
-    QCOMPARE(backend.openHandleCount(), 0);
     QVERIFY(backend.calls("ataCommand").empty());
+    // Without disks there is nothing to attach volumes to.
     QVERIFY(backend.calls("volumeNames").empty());
 }
 
-void TestDiskDiscovery::geometryAndVersion()
+// Geometry, descriptor and IDENTIFY each fill their part of the record; the
+// descriptor's model and firmware win, IDENTIFY's serial wins.
+void TestDiskDiscovery::identity()
 {
     FakeDriveBackend backend;
-    FakeDriveBackend::Disk &disk = backend.addDisk(0);
-    disk.geometry = DiskGeometry{121601, kFixedMedia, 255, 63, 512};
-    disk.length = 1000204886016ull; // not the product of the geometry
-    disk.smartVersion = {{1, 17}};
+    FakeDriveBackend::Disk &full = backend.addDisk(0);
+    full.geometry = DiskGeometry{121601, kFixedMedia, 255, 63, 512};
+    full.length = 1000204886016ull; // not the product of the geometry
+    full.smartVersion = {{1, 17}};
+    full.descriptor = FakeDriveBackend::makeDescriptor("ATA     ", " ST1000DM003 ", " CC43 ", "DSERIAL");
+    const Sector identify = FakeDriveBackend::makeIdentify("From Identify", "ISERIAL", "I1");
+    full.setReply(AtaPassThroughPath, Reply::sector(identify));
+    backend.addDisk(1).setReply(SmartIoctlPath, Reply::sector(identify));
+    backend.addDisk(2).descriptor = FakeDriveBackend::makeDescriptor("   ", "Caf\xe9 Disk\xb5", "", "  Z1D5 ");
 
-    const DiskRecord d = getDevice_Info(backend).at(0);
-    QCOMPARE(d.cylinders, 121601u);
-    QCOMPARE(d.capacityBytes, 1000204886016ull);
-    QCOMPARE(d.smartVersion, QStringLiteral("1"));
-    QCOMPARE(d.smartRevision, QStringLiteral("17"));
-    // No descriptor and no command path: identity stays empty, IDENTIFY defaults.
-    QVERIFY(d.model.isEmpty() && d.serial.isEmpty() && d.firmware.isEmpty());
-    QCOMPARE(d.ataMajorVersion, 0);
+    const QList<DiskRecord> d = getDevice_Info(backend);
+    QCOMPARE(d.size(), 3);
+    QCOMPARE(d[0].cylinders, 121601u);
+    QCOMPARE(d[0].capacityBytes, 1000204886016ull);
+    QCOMPARE(d[0].smartVersion + '.' + d[0].smartRevision, QStringLiteral("1.17"));
+    QCOMPARE(QStringList({d[0].model, d[0].serial, d[0].firmware}), QStringList({"ATA ST1000DM003", "ISERIAL", "CC43"}));
+    QCOMPARE(d[0].smartSupported, 1);
+    QCOMPARE(QStringList({d[1].model, d[1].serial, d[1].firmware}), QStringList({"From Identify", "ISERIAL", "I1"}));
+    // Latin-1 text; a blank vendor leaves the product alone; the serial is kept as returned.
+    QCOMPARE(QStringList({d[2].model, d[2].serial, d[2].firmware}),
+             QStringList({QStringLiteral("Caf\u00e9 Disk\u00b5"), "  Z1D5 ", ""}));
     QCOMPARE(backend.calls("deviceDescriptor").at(0).size, 4096);
-}
-
-void TestDiskDiscovery::descriptorIdentity_data()
-{
-    QTest::addColumn<QByteArray>("vendor");
-    QTest::addColumn<QByteArray>("product");
-    QTest::addColumn<QByteArray>("revision");
-    QTest::addColumn<QByteArray>("serial");
-    QTest::addColumn<QString>("model");
-    QTest::addColumn<QString>("firmware");
-
-    QTest::newRow("vendor and product") << QByteArray("ATA     ") << QByteArray(" ST1000DM003 ") << QByteArray(" CC43 ")
-                                        << QByteArray("  Z1D5 ") << QStringLiteral("ATA ST1000DM003")
-                                        << QStringLiteral("CC43");
-    QTest::newRow("product alone") << QByteArray("   ") << QByteArray("Samsung SSD") << QByteArray("1B6Q")
-                                   << QByteArray("S3Z") << QStringLiteral("Samsung SSD") << QStringLiteral("1B6Q");
-    QTest::newRow("Latin-1") << QByteArray("Caf\xe9") << QByteArray("Disk\xb5") << QByteArray() << QByteArray()
-                             << QStringLiteral("Caf\u00e9 Disk\u00b5") << QString();
-}
-
-void TestDiskDiscovery::descriptorIdentity()
-{
-    QFETCH(QByteArray, vendor);
-    QFETCH(QByteArray, product);
-    QFETCH(QByteArray, revision);
-    QFETCH(QByteArray, serial);
-    QFETCH(QString, model);
-    QFETCH(QString, firmware);
-
-    FakeDriveBackend backend;
-    backend.addDisk(0).descriptor = FakeDriveBackend::makeDescriptor(
-        vendor.toStdString(), product.toStdString(), revision.toStdString(), serial.toStdString());
-
-    const DiskRecord d = getDevice_Info(backend).at(0);
-    QCOMPARE(d.model, model);
-    QCOMPARE(d.serial, QString::fromLatin1(serial)); // kept as returned
-    QCOMPARE(d.firmware, firmware);
 }
 
 // Offsets must point past the header and into what was returned.
@@ -182,122 +141,56 @@ void TestDiskDiscovery::descriptorBounds()
 {
     QFETCH(int, offset);
     QFETCH(int, returned);
-    QFETCH(QString, product);
 
     std::vector<std::uint8_t> bytes(64, 0);
+    bytes[28] = '@'; // the last header byte, not text
     for (int i = 29; i < 50; ++i)
         bytes[std::size_t(i)] = std::uint8_t('A' + i - 29);
     FakeDriveBackend::setDescriptorOffset(bytes, DeviceDescriptor::kProductOffsetField, std::uint32_t(offset));
 
     DiskRecord d;
     applyDeviceDescriptor(d, bytes.data(), returned);
-    QCOMPARE(d.model, product);
+    QTEST(d.model, "product");
     QVERIFY(d.serial.isEmpty() && d.firmware.isEmpty());
 }
 
-// The serial prefers IDENTIFY; model and firmware prefer the descriptor.
-void TestDiskDiscovery::identifyPrecedence()
+// Letters go to the first volume a mount names; the rest are numbered in list
+// order; a non-fixed volume is skipped but still counted. Each volume goes to
+// the first disk with its number, or to none.
+void TestDiskDiscovery::volumes()
 {
     FakeDriveBackend backend;
-    FakeDriveBackend::Disk &disk = backend.addDisk(0);
-    disk.descriptor = FakeDriveBackend::makeDescriptor("ATA", "From Descriptor", "D1", "DSERIAL");
-    disk.setReply(AtaPassThroughPath, Reply::sector(FakeDriveBackend::makeIdentify("From Identify", "ISERIAL", "I1")));
-    FakeDriveBackend::Disk &bare = backend.addDisk(1);
-    bare.setReply(SmartIoctlPath, Reply::sector(FakeDriveBackend::makeIdentify("From Identify", "ISERIAL", "I1")));
-
-    const QList<DiskRecord> disks = getDevice_Info(backend);
-    QCOMPARE(disks[0].model, QStringLiteral("ATA From Descriptor"));
-    QCOMPARE(disks[0].serial, QStringLiteral("ISERIAL"));
-    QCOMPARE(disks[0].firmware, QStringLiteral("D1"));
-    QCOMPARE(disks[0].smartSupported, 1);
-    QCOMPARE(disks[1].model, QStringLiteral("From Identify"));
-    QCOMPARE(disks[1].serial, QStringLiteral("ISERIAL"));
-    QCOMPARE(disks[1].firmware, QStringLiteral("I1"));
-}
-
-void TestDiskDiscovery::traceLines()
-{
-    FakeDriveBackend backend;
-    backend.addDisk(2);
-    Volume cdrom = fixedVolume("\\\\?\\Volume{b}\\", {});
-    cdrom.fixed = false;
-    backend.volumes = {fixedVolume("\\\\?\\Volume{a}\\", 2), cdrom};
-
-    QStringList lines;
-    getDevice_Info(backend, [&](const QString &line) { lines << line; });
-    QCOMPARE(lines.size(), 26 + 3);
-    QCOMPARE(lines[0], QStringLiteral("Before get Info: /fake/disk0"));
-    QCOMPARE(lines[25], QStringLiteral("Before get Info: /fake/disk25"));
-    QCOMPARE(lines.mid(26), (QStringList{QStringLiteral("Before findLogicalVolumes"),
-                                         QStringLiteral("Logical Volume: \\\\?\\Volume{a}\\"),
-                                         QStringLiteral("Logical Volume: \\\\?\\Volume{b}\\")}));
-
-    // Without disks there is nothing to attach volumes to.
-    FakeDriveBackend empty;
-    empty.volumes = backend.volumes;
-    lines.clear();
-    QVERIFY(getDevice_Info(empty, [&](const QString &line) { lines << line; }).isEmpty());
-    QCOMPARE(lines.last(), QStringLiteral("Before findLogicalVolumes"));
-    QVERIFY(empty.calls("volumeNames").empty());
-}
-
-// Letters go to the first matching volume; the rest are numbered in list
-// order; a non-fixed volume is skipped but still counted.
-void TestDiskDiscovery::volumeRoots()
-{
-    FakeDriveBackend backend;
-    Volume optical = fixedVolume("OPT", {});
-    optical.fixed = false;
-    backend.volumes = {optical, fixedVolume("A", 0), fixedVolume("B", 0), fixedVolume("C", 0)};
-    backend.mounts = {{"E:\\", "B"}, {"F:\\", "B"}, {"G:\\", "UNKNOWN"}};
-
-    QList<DiskRecord> disks = disksNumbered({0});
-    const QList<VolumeRecord> volumes = findLogicalVolumes(backend, disks);
-    QCOMPARE(roots(volumes), (QStringList{"1=1:\\", "2=E:\\", "3=2:\\"}));
-    QCOMPARE(roots(disks[0].volumes), roots(volumes));
-}
-
-void TestDiskDiscovery::volumeFigures()
-{
-    FakeDriveBackend backend;
-    Volume full = fixedVolume("FULL", 0);
+    Volume full = volume("FULL", 1);
     full.space = VolumeSpace{8, 512, 1000, 250000000};
     full.information = VolumeInformation{"System", "NTFS", 0x1A2B3C4D};
-    Volume small = fixedVolume("SMALL", 0);
+    Volume small = volume("SMALL", 0);
     small.information = VolumeInformation{"", "FAT32", 0xABC};
-    backend.volumes = {full, small, fixedVolume("BARE", {})};
+    backend.volumes = {volume("OPT", {}, false), full, small, volume("BARE", {}), volume("ALSO1", 1), volume("AWAY", 7)};
+    backend.mounts = {{"E:\\", "SMALL"}, {"F:\\", "SMALL"}, {"G:\\", "UNKNOWN"}};
+    QList<DiskRecord> disks(3);
+    disks[0].diskNumber = 0;
+    disks[1].diskNumber = disks[2].diskNumber = 1;
 
-    QList<DiskRecord> disks = disksNumbered({0});
     const QList<VolumeRecord> v = findLogicalVolumes(backend, disks);
-    QCOMPARE(v.size(), 3);
+    const auto list = [](const QList<VolumeRecord> &volumes) {
+        QStringList out;
+        for (const VolumeRecord &volume : volumes)
+            out << QStringLiteral("%1=%2 %3").arg(volume.index).arg(volume.rootPath, volume.volumeName);
+        return out.join(QLatin1String(", "));
+    };
+    QCOMPARE(list(v), QStringLiteral("1=1:\\ FULL, 2=E:\\ SMALL, 3=2:\\ BARE, 4=3:\\ ALSO1, 5=4:\\ AWAY"));
+    QCOMPARE(list(disks[0].volumes), QStringLiteral("2=E:\\ SMALL"));
+    QCOMPARE(list(disks[1].volumes), QStringLiteral("1=1:\\ FULL, 4=3:\\ ALSO1"));
+    QVERIFY(disks[2].volumes.isEmpty());
+
     QCOMPARE(v[0].totalBytes, 8ull * 512 * 250000000);
     QCOMPARE(v[0].freeBytes, 8ull * 512 * 1000);
-    QCOMPARE(v[0].label, QStringLiteral("System"));
-    QCOMPARE(v[0].fileSystem, QStringLiteral("NTFS"));
-    QCOMPARE(v[0].serialText, QStringLiteral("1A2B-3C4D"));
+    QCOMPARE(QStringList({v[0].label, v[0].fileSystem, v[0].serialText}), QStringList({"System", "NTFS", "1A2B-3C4D"}));
     QCOMPARE(v[1].serialText, QStringLiteral("0000-0ABC"));
     QCOMPARE(v[1].totalBytes, 0u);
     // Every query failed: the defaults stay.
-    QCOMPARE(v[2].fileSystem, QStringLiteral("Unknown"));
-    QVERIFY(v[2].label.isEmpty() && v[2].serialText.isEmpty());
+    QCOMPARE(QStringList({v[2].label, v[2].fileSystem, v[2].serialText}), QStringList({"", "Unknown", ""}));
     QCOMPARE(v[2].diskNumber, -1);
-}
-
-// Each volume goes to the first disk with its number, or to none.
-void TestDiskDiscovery::volumesOnDisks()
-{
-    FakeDriveBackend backend;
-    backend.volumes = {fixedVolume("ON1", 1), fixedVolume("ON0", 0), fixedVolume("ELSEWHERE", 7),
-                       fixedVolume("UNKNOWN", {}), fixedVolume("ALSO1", 1)};
-
-    QList<DiskRecord> disks = disksNumbered({0, 1, 1});
-    const QList<VolumeRecord> volumes = findLogicalVolumes(backend, disks);
-    QCOMPARE(volumes.size(), 5);
-    QCOMPARE(disks[0].volumes.size(), 1);
-    QCOMPARE(disks[0].volumes[0].volumeName, QStringLiteral("ON0"));
-    QCOMPARE(disks[1].volumes.size(), 2);
-    QCOMPARE(disks[1].volumes[1].volumeName, QStringLiteral("ALSO1"));
-    QVERIFY(disks[2].volumes.isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestDiskDiscovery)
