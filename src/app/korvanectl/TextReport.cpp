@@ -13,7 +13,10 @@ void appendRows(QStringList &out, const QList<InfoRow> &rows, int depth)
     const QString indent(2 + 2 * depth, QLatin1Char(' '));
     for (const InfoRow &row : rows) {
         QString line = indent + row.label;
-        if (!row.value.isEmpty())
+        // The window's "..." placeholder column means nothing on a terminal.
+        if (row.label == QLatin1String("..."))
+            line = indent + row.value.trimmed();
+        else if (!row.value.isEmpty())
             line += (row.label.isEmpty() ? QString() : QStringLiteral(": ")) + row.value;
         out << line;
         appendRows(out, row.children, depth + 1);
