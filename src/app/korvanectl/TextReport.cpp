@@ -12,7 +12,7 @@ void appendRows(QStringList &out, const QList<InfoRow> &rows, int depth)
 {
     const QString indent(2 + 2 * depth, QLatin1Char(' '));
     for (const InfoRow &row : rows) {
-        QString line = indent + row.label;
+        QString line = indent + row.label.trimmed();
         // The window's "..." placeholder column means nothing on a terminal.
         if (row.label == QLatin1String("..."))
             line = indent + row.value.trimmed();
