@@ -1,6 +1,12 @@
 #include "CtlOptions.h"
 
+#include <limits>
+
 namespace {
+
+// The poll timer counts milliseconds in an int; a longer interval would wrap
+// and the timer would never fire.
+constexpr int kMaxIntervalSeconds = std::numeric_limits<int>::max() / 1000;
 
 const QStringList kCommands = {QStringLiteral("info"), QStringLiteral("monitor")};
 
@@ -69,8 +75,10 @@ std::optional<CtlOptions> CtlOptions::parse(const QStringList &arguments, QStrin
         } else if (arg == QLatin1String("--interval")) {
             bool ok = false;
             options.intervalSeconds = value.toInt(&ok);
-            if (!ok || options.intervalSeconds < 1)
-                return fail(QStringLiteral("--interval needs a whole number of seconds, 1 or more; got \"%1\"").arg(value));
+            if (!ok || options.intervalSeconds < 1 || options.intervalSeconds > kMaxIntervalSeconds)
+                return fail(QStringLiteral("--interval needs a whole number of seconds from 1 to %1; got \"%2\"")
+                                .arg(kMaxIntervalSeconds)
+                                .arg(value));
         } else if (arg == QLatin1String("--home")) {
             options.home = value;
         } else if (arg == QLatin1String("-h") || arg == QLatin1String("--help")) {

@@ -12,6 +12,9 @@
 #include <QTextStream>
 #include <QTimer>
 
+#include <algorithm>
+#include <limits>
+
 namespace MonitorCommand {
 
 int run(const CtlOptions &options)
@@ -46,8 +49,11 @@ int run(const CtlOptions &options)
     session.start();
 
     if (!options.once) {
-        const qint64 interval = options.intervalSeconds > 0 ? qint64(options.intervalSeconds) * 1000
-                                                             : appSettings().smartIntervalMs();
+        // The settings allow intervals longer than the timer can count (an
+        // int of milliseconds, about 24.8 days); those poll at that longest.
+        const qint64 interval = std::min<qint64>(options.intervalSeconds > 0 ? qint64(options.intervalSeconds) * 1000
+                                                                             : appSettings().smartIntervalMs(),
+                                                 std::numeric_limits<int>::max());
         QTimer timer;
         timer.setInterval(std::chrono::milliseconds(interval));
         QObject::connect(&timer, &QTimer::timeout, &session, &MonitorSession::poll);
