@@ -80,6 +80,9 @@ std::optional<CtlOptions> CtlOptions::parse(const QStringList &arguments, QStrin
                                 .arg(kMaxIntervalSeconds)
                                 .arg(value));
         } else if (arg == QLatin1String("--home")) {
+            // An empty folder would quietly fall back to the default one.
+            if (value.isEmpty())
+                return fail(QStringLiteral("--home needs a folder"));
             options.home = value;
         } else if (arg == QLatin1String("-h") || arg == QLatin1String("--help")) {
             options.command = QStringLiteral("help");
