@@ -147,6 +147,7 @@ void TestKorvanectl::badArguments_data()
     QTest::newRow("unknown command") << QStringList{"frobnicate"} << "unknown command";
     QTest::newRow("unknown option") << QStringList{"info", "--colour"} << "unknown option --colour";
     QTest::newRow("simulate without path") << QStringList{"info", "--simulate"} << "--simulate needs a value";
+    QTest::newRow("monitor option for info") << QStringList{"info", "--once"} << "--once is an option of monitor";
     QTest::newRow("empty home") << QStringList{"info", "--home="} << "--home needs a folder";
     QTest::newRow("interval beyond the timer") << QStringList{"info", "--interval", "2147484"} << "from 1 to 2147483";
     QTest::newRow("missing file") << QStringList{"info", "--simulate", "/nonexistent/disk.json"} << "/nonexistent/disk.json";

@@ -1,6 +1,7 @@
 #include "CtlOptions.h"
 
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -99,5 +100,14 @@ std::optional<CtlOptions> CtlOptions::parse(const QStringList &arguments, QStrin
     }
     if (options.command.isEmpty())
         return fail(QStringLiteral("no command given"));
+    // Options that only the monitor reads would otherwise be dropped without a word.
+    if (options.command != QLatin1String("monitor")) {
+        for (const auto &[given, name] : {std::pair{options.once, "--once"},
+                                          std::pair{options.intervalSeconds > 0, "--interval"},
+                                          std::pair{!options.home.isEmpty(), "--home"}}) {
+            if (given)
+                return fail(QStringLiteral("%1 is an option of monitor, not of %2").arg(QLatin1String(name), options.command));
+        }
+    }
     return options;
 }
