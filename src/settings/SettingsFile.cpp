@@ -137,9 +137,11 @@ void checkTemperaturePair(AppSettings &settings)
 void SettingsFile::parse(const QByteArray &content, AppSettings &settings, QList<DiskSettings> &diskSettings)
 {
     diskSettings.clear();
-    // Read back as Latin-1 whatever code page wrote it, so every byte maps to one character.
+    // Read back as Latin-1 whatever code page wrote it, so every byte maps to one character; as
+    // with any 8-bit string, a NUL byte ends the line's text.
     for (const QByteArray &line : content.split('\n'))
-        parseLine(QString::fromLatin1(line), settings, diskSettings);
+        parseLine(QString::fromLatin1(line.left(qsizetype(qstrnlen(line.constData(), size_t(line.size()))))),
+                  settings, diskSettings);
     checkTemperaturePair(settings);
 }
 

@@ -113,6 +113,7 @@ private slots:
                                                    << "extWarnTask,SMTP_user" << "cmd SMTP_user=a,a";
         QTest::newRow("bytes read as Latin-1") << QByteArray("SMTP_user=p\xe4ss") << "SMTP_user"
                                                << QString::fromUtf8("p\xc3\xa4ss");
+        QTest::newRow("NUL ends the line") << QByteArray("SMTP_user=bob\0junk", 18) << "SMTP_user" << "bob";
         QTest::newRow("empty string keeps the value") << QByteArray("SMTP_pass=\r\nextCritTask=\r\n")
                                                       << "SMTP_pass,extCritTask" << "secret,beep";
         // The temperature pair is taken only as a whole.
