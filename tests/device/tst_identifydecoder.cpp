@@ -4,12 +4,6 @@
 
 namespace {
 
-void setWord(Sector &s, int word, std::uint16_t value)
-{
-    s[2 * word] = std::uint8_t(value & 0xFF);
-    s[2 * word + 1] = std::uint8_t(value >> 8);
-}
-
 // Stores \a bytes the way a drive does: first character of each pair in the
 // high byte of the word.
 void putField(Sector &s, int offset, const QByteArray &bytes)
@@ -81,10 +75,10 @@ void TestIdentifyDecoder::smartBits()
 {
     QFETCH(QList<int>, words);
     Sector s{};
-    setWord(s, 82, std::uint16_t(words[0]));
-    setWord(s, 83, std::uint16_t(words[1]));
-    setWord(s, 85, std::uint16_t(words[2]));
-    setWord(s, 87, std::uint16_t(words[3]));
+    setSectorWord(s, 82, std::uint16_t(words[0]));
+    setSectorWord(s, 83, std::uint16_t(words[1]));
+    setSectorWord(s, 85, std::uint16_t(words[2]));
+    setSectorWord(s, 87, std::uint16_t(words[3]));
     QTEST(IdentifyDecoder::smartSupported(s), "supported");
     QTEST(IdentifyDecoder::smartEnabled(s), "enabled");
 
@@ -122,8 +116,8 @@ void TestIdentifyDecoder::ataVersion()
     QFETCH(int, word80);
     QFETCH(int, word81);
     Sector s{};
-    setWord(s, 80, std::uint16_t(word80));
-    setWord(s, 81, std::uint16_t(word81));
+    setSectorWord(s, 80, std::uint16_t(word80));
+    setSectorWord(s, 81, std::uint16_t(word81));
 
     DiskRecord disk;
     IdentifyDecoder::applyIdentify(disk, s);

@@ -15,12 +15,6 @@ int commandKey(const AtaRegisters &r)
 
 constexpr int kAnyCommand = -1;
 
-void putIdentifyText(Sector &sector, int offset, int length, const std::string &text)
-{
-    for (int i = 0; i < length; ++i)
-        sector[std::size_t(offset + (i ^ 1))] = std::uint8_t(i < int(text.size()) ? text[std::size_t(i)] : ' ');
-}
-
 } // namespace
 
 FakeDriveBackend::AtaReply FakeDriveBackend::AtaReply::refused()
@@ -128,9 +122,9 @@ Sector FakeDriveBackend::makeIdentify(const std::string &model, const std::strin
                                       const std::string &firmware)
 {
     Sector sector{};
-    putIdentifyText(sector, 20, 20, serial);
-    putIdentifyText(sector, 46, 8, firmware);
-    putIdentifyText(sector, 54, 40, model);
+    setSectorText(sector, 20, 20, serial);
+    setSectorText(sector, 46, 8, firmware);
+    setSectorText(sector, 54, 40, model);
     setSectorWord(sector, 80, 0x007E);
     setSectorWord(sector, 82, 0x0001);
     setSectorWord(sector, 83, 0x4000);

@@ -14,18 +14,6 @@ quint8 byteSum(const Sector &sector, std::size_t count)
 
 } // namespace
 
-void putWord(Sector &sector, int word, quint16 value)
-{
-    sector[2 * word] = quint8(value & 0xFF);
-    sector[2 * word + 1] = quint8(value >> 8);
-}
-
-void putString(Sector &sector, int offset, int length, const QByteArray &text)
-{
-    for (int i = 0; i < length; ++i)
-        sector[offset + (i ^ 1)] = i < text.size() ? quint8(text.at(i)) : quint8(' ');
-}
-
 void sealIdentify(Sector &identify)
 {
     identify[510] = 0xA5;
@@ -54,12 +42,12 @@ quint64 lbaCount(const Sector &identify)
 void putLbaCount(Sector &identify, quint64 sectors)
 {
     const quint64 lba28 = std::min<quint64>(sectors, 0x0FFFFFFF);
-    putWord(identify, 60, quint16(lba28));
-    putWord(identify, 61, quint16(lba28 >> 16));
+    setSectorWord(identify, 60, quint16(lba28));
+    setSectorWord(identify, 61, quint16(lba28 >> 16));
     for (int i = 0; i < 4; ++i)
-        putWord(identify, 100 + i, quint16(sectors >> (16 * i)));
-    putWord(identify, 83, sectorWord(identify, 83) | 0x0400);
-    putWord(identify, 86, sectorWord(identify, 86) | 0x0400);
+        setSectorWord(identify, 100 + i, quint16(sectors >> (16 * i)));
+    setSectorWord(identify, 83, sectorWord(identify, 83) | 0x0400);
+    setSectorWord(identify, 86, sectorWord(identify, 86) | 0x0400);
 }
 
 int findSlot(const Sector &sector, quint8 id)

@@ -13,10 +13,6 @@ namespace AtaSectors {
 inline constexpr int slotOffset(int slot) { return 2 + 12 * slot; }
 inline constexpr int kSlots = 30;
 
-/// Stores a little-endian word.
-void putWord(Sector &sector, int word, quint16 value);
-/// Stores an IDENTIFY text field: padded with spaces, each byte pair swapped.
-void putString(Sector &sector, int offset, int length, const QByteArray &text);
 /// Sets word 255 to the signature 0xA5 and the checksum that makes all bytes sum to 0.
 void sealIdentify(Sector &identify);
 /// Sets byte 511 so that all bytes of a SMART sector sum to 0.

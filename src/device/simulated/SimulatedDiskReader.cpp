@@ -45,7 +45,7 @@ enum SmartDataByte {
 Sector freshSmartSector(quint16 revision)
 {
     Sector sector{};
-    AtaSectors::putWord(sector, 0, revision);
+    setSectorWord(sector, 0, revision);
     return sector;
 }
 
@@ -70,27 +70,26 @@ Sector freshSmartData(quint16 revision)
 Sector freshIdentify(bool removable, quint64 sectors)
 {
     Sector id{};
-    using AtaSectors::putWord;
-    putWord(id, 0, removable ? 0x0080 : 0x0040);
-    putWord(id, 1, 16383);
-    putWord(id, 3, 16);
-    putWord(id, 6, 63);
-    putWord(id, 47, 0x8010);
-    putWord(id, 49, 0x2F00);
-    putWord(id, 50, 0x4000);
-    putWord(id, 53, 0x0007);
-    putWord(id, 63, 0x0007);
-    putWord(id, 64, 0x0003);
-    putWord(id, 80, kMajorVersionWord);
-    putWord(id, 82, 0x746B);
-    putWord(id, 83, 0x7D09);
-    putWord(id, 84, 0x6163);
-    putWord(id, 85, 0x7469);
-    putWord(id, 86, 0x3C01);
-    putWord(id, 87, 0x6163);
-    putWord(id, 88, 0x407F);
-    AtaSectors::putString(id, IdentifyDecoder::kModelOffset, IdentifyDecoder::kModelLength, "SIMULATED DISK");
-    AtaSectors::putString(id, IdentifyDecoder::kFirmwareOffset, IdentifyDecoder::kFirmwareLength, "1.0");
+    setSectorWord(id, 0, removable ? 0x0080 : 0x0040);
+    setSectorWord(id, 1, 16383);
+    setSectorWord(id, 3, 16);
+    setSectorWord(id, 6, 63);
+    setSectorWord(id, 47, 0x8010);
+    setSectorWord(id, 49, 0x2F00);
+    setSectorWord(id, 50, 0x4000);
+    setSectorWord(id, 53, 0x0007);
+    setSectorWord(id, 63, 0x0007);
+    setSectorWord(id, 64, 0x0003);
+    setSectorWord(id, 80, kMajorVersionWord);
+    setSectorWord(id, 82, 0x746B);
+    setSectorWord(id, 83, 0x7D09);
+    setSectorWord(id, 84, 0x6163);
+    setSectorWord(id, 85, 0x7469);
+    setSectorWord(id, 86, 0x3C01);
+    setSectorWord(id, 87, 0x6163);
+    setSectorWord(id, 88, 0x407F);
+    setSectorText(id, IdentifyDecoder::kModelOffset, IdentifyDecoder::kModelLength, "SIMULATED DISK");
+    setSectorText(id, IdentifyDecoder::kFirmwareOffset, IdentifyDecoder::kFirmwareLength, "1.0");
     AtaSectors::putLbaCount(id, sectors);
     return id;
 }
@@ -98,13 +97,13 @@ Sector freshIdentify(bool removable, quint64 sectors)
 void setBit(Sector &sector, int word, quint16 bit, bool on)
 {
     const quint16 value = sectorWord(sector, word);
-    AtaSectors::putWord(sector, word, on ? value | bit : value & ~bit);
+    setSectorWord(sector, word, on ? value | bit : value & ~bit);
 }
 
 // Words 83 and 87 tell whether 82 and 85 mean anything: make them say so.
 void markValid(Sector &sector, int word)
 {
-    AtaSectors::putWord(sector, word, (sectorWord(sector, word) & 0x3FFF) | 0x4000);
+    setSectorWord(sector, word, (sectorWord(sector, word) & 0x3FFF) | 0x4000);
 }
 
 int freeSlot(const Sector &sector)
@@ -228,8 +227,8 @@ void DescriptionParser::readBase(const QJsonObject &root)
         m_fields.fail(QStringLiteral("size"), QStringLiteral("missing: a disk without a dump needs its size in bytes"));
     m_disk.identify = freshIdentify(m_disk.removable, quint64(size.value_or(0)) / 512);
     // Without a serial of its own a disk is told apart by its file's name.
-    AtaSectors::putString(m_disk.identify, IdentifyDecoder::kSerialOffset, IdentifyDecoder::kSerialLength,
-                          QFileInfo(m_path).completeBaseName().toLatin1().left(IdentifyDecoder::kSerialLength));
+    setSectorText(m_disk.identify, IdentifyDecoder::kSerialOffset, IdentifyDecoder::kSerialLength,
+                  QFileInfo(m_path).completeBaseName().toLatin1().toStdString());
     m_disk.smartData = freshSmartData(kSmartRevision);
     m_disk.thresholds = freshSmartSector(kSmartRevision);
     m_identifyChanged = m_smartChanged = m_thresholdsChanged = true;
@@ -263,7 +262,7 @@ void DescriptionParser::readIdentity(const QJsonValue &value)
     auto at = [&](const char *key) { return JsonFields::child(field, QLatin1String(key)); };
     auto put = [&](const char *key, int offset, int length) {
         if (const auto text = identityText(*identity, key, length)) {
-            AtaSectors::putString(id, offset, length, *text);
+            setSectorText(id, offset, length, text->toStdString());
             m_identifyChanged = true;
         }
     };
@@ -275,7 +274,7 @@ void DescriptionParser::readIdentity(const QJsonValue &value)
 
     auto putIdentifyWord = [&](const char *key, int word) {
         if (const auto v = m_fields.integer(identity->value(QLatin1String(key)), at(key), 0, 0xFFFF)) {
-            AtaSectors::putWord(id, word, quint16(*v));
+            setSectorWord(id, word, quint16(*v));
             m_identifyChanged = true;
         }
     };
@@ -363,8 +362,8 @@ void DescriptionParser::readSmart(const QJsonValue &value)
 
     if (const auto revision = get("revision", 0xFFFF)) {
         m_revision = quint16(*revision);
-        AtaSectors::putWord(smartData(), 0, m_revision);
-        AtaSectors::putWord(thresholds(), 0, m_revision);
+        setSectorWord(smartData(), 0, m_revision);
+        setSectorWord(thresholds(), 0, m_revision);
     }
     auto putByte = [&](const char *key, int byte) {
         if (const auto v = get(key, 0xFF))
