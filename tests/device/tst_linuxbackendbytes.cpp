@@ -95,13 +95,13 @@ private slots:
         id.revision = "05.01D05";
         id.serial = "WD-WCAWF1234567";
         Bytes small(80, 0xEE);
-        const int m = ScsiIdentity::writeDescriptor(id, small.data(), 64);
+        const int m = DeviceDescriptor::write(id, small.data(), 64);
         QCOMPARE(m, 64);
         QCOMPARE(int(small[4]), 40 + 22 + 9 + 16);
         QCOMPARE(DeviceDescriptor::stringAt(small.data(), m, DeviceDescriptor::kProductOffsetField), id.product);
         QCOMPARE(int(small[20] | small[24]), 0);
         QCOMPARE(small[64], 0xEE); // nothing written past the buffer's end
-        QCOMPARE(ScsiIdentity::writeDescriptor(id, small.data(), 7), -1);
+        QCOMPARE(DeviceDescriptor::write(id, small.data(), 7), -1);
     }
 
     void volumeSerial()

@@ -482,7 +482,7 @@ int LinuxBackend::deviceDescriptor(DiskHandle handle, std::uint8_t *buffer, int 
         serial = ScsiIdentity::parseUnitSerial(reinterpret_cast<const std::uint8_t *>(page.data()), int(page.size()));
     }
     const auto identity = ScsiIdentity::chooseIdentity(*inquiry, identify, serial, disk && disk->usb);
-    return ScsiIdentity::writeDescriptor(identity, buffer, size);
+    return DeviceDescriptor::write(identity, buffer, size);
 }
 
 std::vector<std::string> LinuxBackend::volumeNames()

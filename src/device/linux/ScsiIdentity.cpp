@@ -13,18 +13,6 @@ std::string field(const std::uint8_t *data, int offset, int length)
     return ScsiIdentity::trimmed(std::string(reinterpret_cast<const char *>(data) + offset, std::size_t(length)));
 }
 
-void putLe32(std::uint8_t *p, std::uint32_t value)
-{
-    for (int i = 0; i < 4; ++i)
-        p[i] = std::uint8_t(value >> (8 * i));
-}
-
-// Byte positions of the four string offsets in the header.
-constexpr int kVendorField = 12;
-constexpr int kProductField = 16;
-constexpr int kRevisionField = 20;
-constexpr int kSerialField = 24;
-
 } // namespace
 
 namespace ScsiIdentity {
@@ -129,38 +117,6 @@ DriveIdentity chooseIdentity(const Inquiry &inquiry, const std::optional<Sector>
         }
     }
     return identity;
-}
-
-int writeDescriptor(const DriveIdentity &identity, std::uint8_t *buffer, int size)
-{
-    if (!buffer || size < 8)
-        return -1;
-
-    std::vector<std::uint8_t> image(kDescriptorHeaderSize, 0);
-    auto addString = [&](int offsetField, const std::string &text) {
-        if (text.empty())
-            return;
-        const std::size_t offset = image.size();
-        // Leave the field at 0 when the string would be cut by the caller's buffer.
-        if (offset + text.size() + 1 <= std::size_t(size))
-            putLe32(image.data() + offsetField, std::uint32_t(offset));
-        image.insert(image.end(), text.begin(), text.end());
-        image.push_back(0);
-    };
-    addString(kVendorField, identity.vendor);
-    addString(kProductField, identity.product);
-    addString(kRevisionField, identity.revision);
-    addString(kSerialField, identity.serial);
-
-    putLe32(image.data() + 0, kDescriptorHeaderSize);
-    putLe32(image.data() + 4, std::uint32_t(image.size()));
-    image[8] = identity.deviceType;
-    image[10] = identity.removable ? 1 : 0;
-    putLe32(image.data() + 28, identity.busType);
-
-    const int written = std::min(size, int(image.size()));
-    std::memcpy(buffer, image.data(), std::size_t(written));
-    return written;
 }
 
 } // namespace ScsiIdentity

@@ -5,6 +5,7 @@
 // and the storage device descriptor that Korvane's discovery reads them from.
 // Pure byte work, separate from the ioctls.
 
+#include "device/DeviceDescriptor.h"
 #include "device/Sector.h"
 
 #include <array>
@@ -24,9 +25,6 @@ inline constexpr int kAtaInformationLength = 60 + 512;
 inline constexpr std::uint32_t kBusScsi = 1;
 inline constexpr std::uint32_t kBusAta = 3;
 inline constexpr std::uint32_t kBusUsb = 7;
-
-/// Size of the descriptor's fixed header; the strings follow it.
-inline constexpr int kDescriptorHeaderSize = 40;
 
 /// INQUIRY for the standard data (\a page < 0) or a vital product data page.
 std::array<std::uint8_t, 6> inquiryCommand(int page, std::uint16_t allocationLength);
@@ -54,16 +52,7 @@ std::string trimmed(const std::string &text);
 std::string identifyString(const Sector &identify, int firstWord, int words);
 
 /// What goes into the storage device descriptor.
-struct DriveIdentity
-{
-    std::uint8_t deviceType = 0;
-    bool removable = false;
-    std::string vendor;
-    std::string product;
-    std::string revision;
-    std::string serial;
-    std::uint32_t busType = 0;
-};
+using DriveIdentity = DeviceDescriptor::Fields;
 
 /// Picks the identity shown to the user. An ATA disk behind the kernel's
 /// translation answers INQUIRY with vendor "ATA" and a model cut to 16
@@ -75,12 +64,5 @@ DriveIdentity chooseIdentity(const Inquiry &inquiry, const std::optional<Sector>
 
 /// Whether the INQUIRY data is that of an ATA disk behind the kernel's translation.
 bool isAtaBehindTranslation(const Inquiry &inquiry);
-
-/// Writes the descriptor (little-endian header: version, total size, device
-/// type, modifier, removable, queueing, vendor/product/revision/serial
-/// offsets, bus type, raw property length; then NUL-terminated strings) into
-/// \a size bytes. Returns the bytes written, or -1 when not even the version
-/// and size fit. A string that does not fit whole gets offset 0.
-int writeDescriptor(const DriveIdentity &identity, std::uint8_t *buffer, int size);
 
 } // namespace ScsiIdentity

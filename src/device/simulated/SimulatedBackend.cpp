@@ -308,15 +308,9 @@ bool SimulatedBackend::deviceNumber(DiskHandle handle, std::int32_t &number)
 int SimulatedBackend::deviceDescriptor(DiskHandle handle, std::uint8_t *buffer, int size)
 {
     const SimulatedDisk *disk = d->diskOf(handle);
-    // Like the storage stack: a buffer too small for the size header is an
-    // error, a larger one gets as much of the descriptor as fits.
-    constexpr int kSizeHeader = 8;
-    if (!disk || disk->fails(DescriptorQuery) || !buffer || size < kSizeHeader)
+    if (!disk || disk->fails(DescriptorQuery))
         return -1;
-    const std::vector<std::uint8_t> descriptor = disk->descriptor();
-    const int written = std::min(size, int(descriptor.size()));
-    std::memcpy(buffer, descriptor.data(), std::size_t(written));
-    return written;
+    return disk->writeDescriptor(buffer, size);
 }
 
 bool SimulatedBackend::smartVersion(DiskHandle handle, std::uint8_t &version, std::uint8_t &revision)

@@ -18,25 +18,6 @@ constexpr std::uint8_t kErrorAbort = 0x04;
 constexpr std::uint8_t kDriverDriveError = 1;
 
 constexpr std::uint64_t kSectorBytes = 512;
-constexpr std::uint32_t kDescriptorVersion = 40; // size of the fixed descriptor structure
-constexpr std::size_t kDescriptorHeader = 40;    // strings start after the structure
-
-void putLittleEndian32(std::vector<std::uint8_t> &out, std::size_t at, std::uint32_t value)
-{
-    for (int i = 0; i < 4; ++i)
-        out[at + i] = std::uint8_t(value >> (8 * i));
-}
-
-// Appends a NUL-terminated string and stores its offset; an empty text
-// stays absent (offset 0), as the storage stack reports a missing string.
-void appendString(std::vector<std::uint8_t> &out, int offsetField, const std::string &text)
-{
-    if (text.empty())
-        return;
-    putLittleEndian32(out, std::size_t(offsetField), std::uint32_t(out.size()));
-    out.insert(out.end(), text.begin(), text.end());
-    out.push_back(0);
-}
 
 std::string identifyText(const Sector &identify, int offset, int length)
 {
@@ -108,23 +89,17 @@ bool SimulatedDisk::healthyAt(quint64 poll) const
     return true;
 }
 
-std::vector<std::uint8_t> SimulatedDisk::descriptor() const
+int SimulatedDisk::writeDescriptor(std::uint8_t *buffer, int size) const
 {
-    std::vector<std::uint8_t> out(kDescriptorHeader, 0);
-    putLittleEndian32(out, 0, kDescriptorVersion);
-    out[10] = removable ? 1 : 0;
-    putLittleEndian32(out, 28, busType);
-
+    DeviceDescriptor::Fields fields;
+    fields.removable = removable;
+    fields.busType = busType;
     // An ATA disk has no vendor text: the whole model goes into the product.
-    appendString(out, DeviceDescriptor::kVendorOffsetField, vendor);
-    appendString(out, DeviceDescriptor::kProductOffsetField,
-                 identifyText(identify, IdentifyDecoder::kModelOffset, IdentifyDecoder::kModelLength));
-    appendString(out, DeviceDescriptor::kRevisionOffsetField,
-                 identifyText(identify, IdentifyDecoder::kFirmwareOffset, IdentifyDecoder::kFirmwareLength));
-    appendString(out, DeviceDescriptor::kSerialOffsetField,
-                 identifyText(identify, IdentifyDecoder::kSerialOffset, IdentifyDecoder::kSerialLength));
-    putLittleEndian32(out, 4, std::uint32_t(out.size()));
-    return out;
+    fields.vendor = vendor;
+    fields.product = identifyText(identify, IdentifyDecoder::kModelOffset, IdentifyDecoder::kModelLength);
+    fields.revision = identifyText(identify, IdentifyDecoder::kFirmwareOffset, IdentifyDecoder::kFirmwareLength);
+    fields.serial = identifyText(identify, IdentifyDecoder::kSerialOffset, IdentifyDecoder::kSerialLength);
+    return DeviceDescriptor::write(fields, buffer, size);
 }
 
 bool SimulatedDisk::isSmartReadData(const AtaRegisters &registers)

@@ -96,8 +96,8 @@ public:
     /// when a pre-failure attribute is at or below its threshold.
     bool healthyAt(quint64 poll) const;
 
-    /// The storage device descriptor: header, then the product, revision and serial strings.
-    std::vector<std::uint8_t> descriptor() const;
+    /// Writes the storage device descriptor into \a size bytes; the bytes written, or -1.
+    int writeDescriptor(std::uint8_t *buffer, int size) const;
 
     /// Whether \a registers hold SMART READ DATA, the command that counts as a poll.
     static bool isSmartReadData(const AtaRegisters &registers);
