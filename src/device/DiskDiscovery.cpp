@@ -37,10 +37,8 @@ bool readGeometry(DriveBackend &backend, DiskHandle handle, DiskRecord &disk)
     disk.tracksPerCylinder = geometry.tracksPerCylinder;
     disk.sectorsPerTrack = geometry.sectorsPerTrack;
     disk.bytesPerSector = geometry.bytesPerSector;
-    // The geometry only approximates the size; the partition length of the
-    // whole disk is exact and wins.
-    disk.capacityBytes = geometry.cylinders * geometry.tracksPerCylinder * geometry.sectorsPerTrack
-                         * geometry.bytesPerSector;
+    // Cylinders x heads x sectors only approximates the size; the length of
+    // the whole disk is exact, so that is the capacity.
     disk.capacityBytes = length;
     disk.diskNumber = number;
     return true;

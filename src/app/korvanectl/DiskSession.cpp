@@ -1,16 +1,29 @@
 #include "DiskSession.h"
 
+#include "device/BackendFactory.h"
 #include "device/DiskDiscovery.h"
 #include "monitor/ATA_Smart.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QTextStream>
 
 #if defined(Q_OS_LINUX)
 #include "device/linux/LinuxBackend.h"
 #endif
 
 namespace DiskSession {
+
+DriveBackend &openBackend(const QStringList &simulatePaths, bool *filesRead)
+{
+    QStringList errors;
+    static DriveBackend *const backend = createDriveBackend(simulatePaths, &errors).release();
+    QTextStream err(stderr);
+    for (const QString &e : std::as_const(errors))
+        err << "korvanectl: " << e << '\n';
+    *filesRead = errors.isEmpty();
+    return *backend;
+}
 
 QList<DiskRecord> discover(DriveBackend &backend)
 {

@@ -2,7 +2,6 @@
 
 #include "DiskSession.h"
 #include "TextReport.h"
-#include "device/BackendFactory.h"
 #include "device/DiskJson.h"
 
 #include <QJsonDocument>
@@ -15,15 +14,10 @@ int run(const CtlOptions &options)
     QTextStream out(stdout);
     QTextStream err(stderr);
 
-    QStringList errors;
-    // A worker given up by the watchdog may still be blocked inside the
-    // backend when we return, so the backend lives until the process ends.
-    static DriveBackend *const backend = createDriveBackend(options.simulate, &errors).release();
-    for (const QString &e : std::as_const(errors))
-        err << "korvanectl: " << e << '\n';
-    err.flush();
+    bool filesRead = true;
+    DriveBackend &backend = DiskSession::openBackend(options.simulate, &filesRead);
 
-    const QList<DiskRecord> disks = DiskSession::discover(*backend);
+    const QList<DiskRecord> disks = DiskSession::discover(backend);
 
     if (options.json) {
         out << QJsonDocument(DiskJson::diskList(disks)).toJson(QJsonDocument::Indented);
@@ -35,11 +29,11 @@ int run(const CtlOptions &options)
     }
     out.flush();
 
-    const QStringList problems = DiskSession::accessProblems(*backend);
+    const QStringList problems = DiskSession::accessProblems(backend);
     for (const QString &p : problems)
         err << "korvanectl: " << p << '\n';
 
-    return errors.isEmpty() ? 0 : 2;
+    return filesRead ? 0 : 2;
 }
 
 } // namespace InfoCommand

@@ -2,7 +2,7 @@
 
 #include "MonitorSession.h"
 #include "SignalWatcher.h"
-#include "device/BackendFactory.h"
+#include "DiskSession.h"
 #include "settings/AppPaths.h"
 #include "settings/AppSettings.h"
 #include "settings/LanguageTable.h"
@@ -36,16 +36,11 @@ int run(const CtlOptions &options)
     if (language == LanguageTable::StartupResult::Failed)
         return 2;
 
-    QStringList errors;
-    // A worker given up by the watchdog may still be blocked inside the
-    // backend at exit, so the backend lives until the process ends.
-    static DriveBackend *const backend = createDriveBackend(options.simulate, &errors).release();
-    for (const QString &e : std::as_const(errors))
-        err << "korvanectl: " << e << '\n';
-    err.flush();
+    bool filesRead = true;
+    DriveBackend &backend = DiskSession::openBackend(options.simulate, &filesRead);
 
     SignalWatcher stopWatcher;
-    MonitorSession session(*backend, options);
+    MonitorSession session(backend, options);
     session.start();
 
     if (!options.once) {
@@ -62,7 +57,7 @@ int run(const CtlOptions &options)
         QCoreApplication::exec();
     }
     session.finish();
-    return errors.isEmpty() ? 0 : 2;
+    return filesRead ? 0 : 2;
 }
 
 } // namespace MonitorCommand
