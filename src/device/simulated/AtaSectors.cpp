@@ -25,11 +25,6 @@ void sealSmart(Sector &sector)
     sector[511] = quint8(-byteSum(sector, 511));
 }
 
-bool checksumValid(const Sector &sector)
-{
-    return byteSum(sector, sector.size()) == 0;
-}
-
 quint64 lbaCount(const Sector &identify)
 {
     if (sectorWord(identify, 83) & 0x0400) {

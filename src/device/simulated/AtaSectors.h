@@ -17,8 +17,6 @@ inline constexpr int kSlots = 30;
 void sealIdentify(Sector &identify);
 /// Sets byte 511 so that all bytes of a SMART sector sum to 0.
 void sealSmart(Sector &sector);
-/// Whether all bytes of a sector sum to 0 mod 256.
-bool checksumValid(const Sector &sector);
 
 /// Addressable sectors: words 100-103 when word 83 announces 48-bit LBA, else words 60-61.
 quint64 lbaCount(const Sector &identify);
