@@ -8,7 +8,7 @@
 
 namespace {
 
-using namespace AtaCommandIssuer;
+using namespace AtaCommands;
 
 // Written into the first data byte before a pass-through call: a reply that
 // still holds it followed by zeros carried no data at all.
@@ -23,27 +23,27 @@ AtaRegisters smartRegisters(std::uint8_t subCommand, std::uint8_t sectorCount, s
     r.sectorNumber = sectorNumber;
     r.cylinderLow = kSmartKeyLow;
     r.cylinderHigh = kSmartKeyHigh;
-    r.command = kSmartCommand;
+    r.command = kSmart;
     return r;
 }
 
 bool isIssuedCommand(const AtaRegisters &r)
 {
-    return r.command == kIdentifyDeviceCommand || r.command == kIdentifyPacketDeviceCommand
-           || r.command == kSmartCommand;
+    return r.command == kIdentifyDevice || r.command == kIdentifyPacketDevice
+           || r.command == kSmart;
 }
 
 bool readsSector(const AtaRegisters &r)
 {
-    if (r.command == kIdentifyDeviceCommand || r.command == kIdentifyPacketDeviceCommand)
+    if (r.command == kIdentifyDevice || r.command == kIdentifyPacketDevice)
         return true;
-    return r.command == kSmartCommand
-           && (r.features == kSmartReadDataFeature || r.features == kSmartReadThresholdsFeature);
+    return r.command == kSmart
+           && (r.features == kSmartReadData || r.features == kSmartReadThresholds);
 }
 
 bool isReturnStatus(const AtaRegisters &r)
 {
-    return r.command == kSmartCommand && r.features == kSmartReturnStatusFeature;
+    return r.command == kSmart && r.features == kSmartReturnStatus;
 }
 
 bool nothingTransferred(const Sector &data)
@@ -101,30 +101,30 @@ AtaRegisters identifyDevice()
 {
     AtaRegisters r;
     r.sectorCount = 1;
-    r.command = kIdentifyDeviceCommand;
+    r.command = kIdentifyDevice;
     return r;
 }
 
 AtaRegisters identifyPacketDevice()
 {
     AtaRegisters r = identifyDevice();
-    r.command = kIdentifyPacketDeviceCommand;
+    r.command = kIdentifyPacketDevice;
     return r;
 }
 
 AtaRegisters smartReadData()
 {
-    return smartRegisters(kSmartReadDataFeature, 1, 1);
+    return smartRegisters(kSmartReadData, 1, 1);
 }
 
 AtaRegisters smartReadThresholds()
 {
-    return smartRegisters(kSmartReadThresholdsFeature, 1, 1);
+    return smartRegisters(kSmartReadThresholds, 1, 1);
 }
 
 AtaRegisters smartReturnStatus()
 {
-    return smartRegisters(kSmartReturnStatusFeature, 0, 0);
+    return smartRegisters(kSmartReturnStatus, 0, 0);
 }
 
 int issue(DriveBackend &backend, DiskHandle handle, int probeIndex, AtaRegisters &registers, Sector &data)

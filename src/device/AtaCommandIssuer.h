@@ -1,23 +1,10 @@
 #pragma once
 
+#include "AtaCommands.h"
 #include "DriveBackend.h"
 
 /// Runs one ATA command through the access paths in their fixed order.
 namespace AtaCommandIssuer {
-
-/// Command bytes, and the SMART feature bytes that select the sub-command.
-inline constexpr std::uint8_t kIdentifyDeviceCommand = 0xEC;
-inline constexpr std::uint8_t kIdentifyPacketDeviceCommand = 0xA1;
-inline constexpr std::uint8_t kSmartCommand = 0xB0;
-inline constexpr std::uint8_t kSmartReadDataFeature = 0xD0;
-inline constexpr std::uint8_t kSmartReadThresholdsFeature = 0xD1;
-inline constexpr std::uint8_t kSmartReturnStatusFeature = 0xDA;
-/// The key every SMART command carries in the cylinder registers; RETURN STATUS
-/// answers with the exceeded pair when a threshold has been crossed.
-inline constexpr std::uint8_t kSmartKeyLow = 0x4F;
-inline constexpr std::uint8_t kSmartKeyHigh = 0xC2;
-inline constexpr std::uint8_t kSmartExceededLow = 0xF4;
-inline constexpr std::uint8_t kSmartExceededHigh = 0x2C;
 
 /// The register block of the five commands Korvane issues.
 AtaRegisters identifyDevice();

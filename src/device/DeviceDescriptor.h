@@ -5,11 +5,8 @@
 // by byte offset (the Windows STORAGE_DEVICE_DESCRIPTOR layout, which every
 // backend reproduces).
 
-#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <string>
-#include <vector>
 
 namespace DeviceDescriptor {
 
@@ -51,39 +48,6 @@ struct Fields
 /// string offsets, bus type, raw property length), then the NUL-terminated
 /// strings. Returns the bytes written, or -1 when not even the version and
 /// size fit. An empty string, or one the buffer cannot hold whole, gets offset 0.
-/// Inline so that the backends, which do not link the rest of the drive
-/// layer, can share it.
-inline int write(const Fields &fields, std::uint8_t *buffer, int size)
-{
-    if (!buffer || size < 8)
-        return -1;
-    std::vector<std::uint8_t> image(kHeaderSize, 0);
-    auto putLe32 = [&image](int at, std::uint32_t value) {
-        for (int i = 0; i < 4; ++i)
-            image[std::size_t(at + i)] = std::uint8_t(value >> (8 * i));
-    };
-    auto addString = [&](int offsetField, const std::string &text) {
-        if (text.empty())
-            return;
-        const std::size_t offset = image.size();
-        if (offset + text.size() + 1 <= std::size_t(size))
-            putLe32(offsetField, std::uint32_t(offset));
-        image.insert(image.end(), text.begin(), text.end());
-        image.push_back(0);
-    };
-    addString(kVendorOffsetField, fields.vendor);
-    addString(kProductOffsetField, fields.product);
-    addString(kRevisionOffsetField, fields.revision);
-    addString(kSerialOffsetField, fields.serial);
-    putLe32(0, kHeaderSize);
-    putLe32(4, std::uint32_t(image.size()));
-    image[8] = fields.deviceType;
-    image[10] = fields.removable ? 1 : 0;
-    putLe32(28, fields.busType);
-
-    const int written = std::min(size, int(image.size()));
-    std::memcpy(buffer, image.data(), std::size_t(written));
-    return written;
-}
+int write(const Fields &fields, std::uint8_t *buffer, int size);
 
 } // namespace DeviceDescriptor

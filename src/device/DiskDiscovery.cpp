@@ -3,6 +3,7 @@
 #include "AtaCommandIssuer.h"
 #include "DeviceDescriptor.h"
 #include "IdentifyDecoder.h"
+#include "VolumeMapper.h"
 
 #include <algorithm>
 #include <array>

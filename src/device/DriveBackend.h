@@ -17,6 +17,9 @@
 using DiskHandle = std::intptr_t;
 inline constexpr DiskHandle kNoHandle = -1;
 
+/// Number of disk paths a backend offers (probe indexes 0..25).
+inline constexpr int kDiskProbes = 26;
+
 /// Media type of fixed disks in the geometry reply; other media are not monitored.
 inline constexpr std::uint32_t kFixedMedia = 12;
 
@@ -133,4 +136,19 @@ public:
     /// Reads length bytes at a byte offset; bytes read, or -1 on a read error.
     virtual std::int64_t readAt(DiskHandle handle, std::uint64_t offset, std::uint8_t *buffer,
                                 std::uint32_t length) = 0;
+
+    /// One line per disk that was there but could not be read, with the reason
+    /// ("/dev/sda: ..."), collected over the backend's lifetime; empty when
+    /// every disk could be read.
+    virtual std::vector<std::string> accessProblems() const { return {}; }
+    /// How to grant the access that accessProblems() lacks, for \a program;
+    /// empty when nothing can be granted.
+    virtual std::string accessAdvice(const std::string &program) const { return {}; }
+    /// One line per disk of a kind this backend does not read (NVMe, virtio,
+    /// ...), naming it and its kind; empty when there is none.
+    virtual std::vector<std::string> unsupportedDisks() const { return {}; }
+    /// Ends every call that waits inside the backend by its own choice (the
+    /// simulated hangs) and makes later ones fail at once; for shutdown.
+    /// Calls blocked in the kernel cannot be ended and are left alone.
+    virtual void cancelWaits() {}
 };

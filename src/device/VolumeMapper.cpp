@@ -1,4 +1,4 @@
-#include "DiskDiscovery.h"
+#include "VolumeMapper.h"
 
 #include <algorithm>
 

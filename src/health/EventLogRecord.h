@@ -12,12 +12,8 @@ struct EventLogRecord
     QDateTime stamp;
     QString body;
 
-    /// Separates the stamp and every body field.
-    static inline const QString fieldSeparator = QStringLiteral("]![");
     /// Separates the items of a SMART record's value list.
     static inline const QString valueSeparator = QStringLiteral("~;");
-    /// First body field of a SMART record.
-    static inline const QString smartKind = QStringLiteral("SMART");
 
     /// Body written once the main window is up.
     static QString sessionStartedBody();

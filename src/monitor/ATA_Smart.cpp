@@ -3,6 +3,7 @@
 #include "SMART_thread.h"
 #include "SMART_timer.h"
 
+#include "device/AtaCommands.h"
 #include "device/SmartDecoder.h"
 
 namespace {
@@ -138,7 +139,7 @@ void ATA_Smart::reReadSMART(bool force)
         // Unlike the first read, which goes by list position, a re-read
         // addresses the drive by its device number.
         Sector data{};
-        if (SMART_thread::readSmartSector(m_backend, handle, disk.diskNumber & 0xFF, SMART_thread::kReadData, data))
+        if (SMART_thread::readSmartSector(m_backend, handle, disk.diskNumber & 0xFF, AtaCommands::kSmartReadData, data))
             SmartDecoder::applyReRead(disk, data);
         m_backend.closeDisk(handle);
     }

@@ -32,10 +32,10 @@ bool SMART_thread::readSmartSector(DriveBackend &backend, DiskHandle handle, int
     exchange.registers.features = features;
     exchange.registers.sectorCount = 0;
     exchange.registers.sectorNumber = 1;
-    exchange.registers.cylinderLow = AtaCommandIssuer::kSmartKeyLow;
-    exchange.registers.cylinderHigh = AtaCommandIssuer::kSmartKeyHigh;
+    exchange.registers.cylinderLow = AtaCommands::kSmartKeyLow;
+    exchange.registers.cylinderHigh = AtaCommands::kSmartKeyHigh;
     exchange.registers.driveHead = 0;
-    exchange.registers.command = AtaCommandIssuer::kSmartCommand;
+    exchange.registers.command = AtaCommands::kSmart;
     exchange.dataIn = true;
     // The SMART interface is asked directly rather than through the command
     // issuer: these reads must not fall back to other paths or made-up data.
@@ -75,14 +75,14 @@ void SMART_thread::run()
     }
 
     Sector data{};
-    if (!readSmartSector(m_backend, m_handle, m_index, kReadData, data)) {
+    if (!readSmartSector(m_backend, m_handle, m_index, AtaCommands::kSmartReadData, data)) {
         emit needStopTimer(m_index);
         finish();
         return;
     }
 
     Sector thresholds{};
-    const bool haveThresholds = readSmartSector(m_backend, m_handle, m_index, kReadThresholds, thresholds);
+    const bool haveThresholds = readSmartSector(m_backend, m_handle, m_index, AtaCommands::kSmartReadThresholds, thresholds);
     // The drive has answered its last command either way.
     emit needStopTimer(m_index);
     if (!haveThresholds) {

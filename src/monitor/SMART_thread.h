@@ -35,10 +35,6 @@ public:
     /// The record as the read left it; empty before the worker has reported and after the first call.
     std::optional<DiskRecord> takeResult();
 
-    /// SMART sub-command of READ DATA and of READ THRESHOLDS (the features register).
-    static constexpr std::uint8_t kReadData = 0xD0;
-    static constexpr std::uint8_t kReadThresholds = 0xD1;
-
     /// Issues one SMART data-in sub-command through the driver's SMART interface
     /// addressed to \a driveNumber; true, with the sector in \a data, when the
     /// call went through and the driver reported no error.

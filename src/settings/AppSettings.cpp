@@ -74,8 +74,3 @@ void applyDiskSettings(QList<DiskRecord> &disks, int diskIndex)
     if (diskIndex >= 0 && diskIndex < disks.size())
         SettingsFile::applyDiskSettings(diskSettingsList(), disks[diskIndex]);
 }
-
-bool isSmtpConfigured()
-{
-    return appSettings().isSmtpConfigured();
-}

@@ -78,5 +78,3 @@ bool loadSettings();
 bool saveSettings(const QList<DiskRecord> &disks);
 /// Copies the remembered entry for disks[diskIndex] (by serial) onto it; out-of-range indexes are ignored.
 void applyDiskSettings(QList<DiskRecord> &disks, int diskIndex);
-/// isSmtpConfigured() of the process-wide settings.
-bool isSmtpConfigured();

@@ -2,6 +2,7 @@
 
 #include "device/DeviceDescriptor.h"
 #include "device/DiskDiscovery.h"
+#include "device/VolumeMapper.h"
 
 #include <QtTest>
 

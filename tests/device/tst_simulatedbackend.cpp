@@ -407,12 +407,12 @@ void TestSimulatedBackend::hangIsInterruptible()
     QVERIFY(run(*backend, slow, kReadData).accepted);
     QVERIFY(timer.elapsed() < 250);
 
-    // cancelHangs ends a hang in progress and every later one.
+    // cancelWaits ends a hang in progress and every later one.
     const DiskHandle again = backend->openDisk("sim://0");
     timer.restart();
     answered = pollLater(again);
     QTest::qWait(100);
-    backend->cancelHangs();
+    backend->cancelWaits();
     QVERIFY(!answered.get());
     QVERIFY(!run(*backend, again, kReadData).accepted);
     QVERIFY(timer.elapsed() < 5000);

@@ -2,6 +2,7 @@
 
 #include "monitor/ATA_Smart.h"
 #include "monitor/SMART_thread.h"
+#include "device/AtaCommands.h"
 
 #include <QElapsedTimer>
 #include <QPointer>
@@ -55,8 +56,8 @@ class TestAtaSmart : public QObject
     void addDisk(int probe, const Sector &data = kData)
     {
         m_fake->addDisk(probe);
-        setReply(probe, SMART_thread::kReadData, Reply::sector(data));
-        setReply(probe, SMART_thread::kReadThresholds, Reply::sector(kThresholds));
+        setReply(probe, AtaCommands::kSmartReadData, Reply::sector(data));
+        setReply(probe, AtaCommands::kSmartReadThresholds, Reply::sector(kThresholds));
         DiskRecord record;
         record.diskNumber = probe;
         record.devicePath = QString::fromStdString(m_fake->diskPath(probe));
@@ -66,13 +67,13 @@ class TestAtaSmart : public QObject
     {
         AtaRegisters command;
         command.features = features;
-        command.command = 0xB0;
+        command.command = AtaCommands::kSmart;
         m_fake->disk(probe)->setReply(SmartIoctlPath, command, reply);
     }
     void hangOnReadData(int probe)
     {
         m_fake->onCall = [this, probe](const FakeDriveBackend::Call &call) {
-            if (call.probe != probe || call.registers.features != SMART_thread::kReadData)
+            if (call.probe != probe || call.registers.features != AtaCommands::kSmartReadData)
                 return;
             std::unique_lock lock(m_gateMutex);
             ++m_held;
@@ -192,9 +193,9 @@ private slots:
         if (fault == 0)
             m_fake->disk(0)->opens = false;
         else if (fault == 1)
-            setReply(0, SMART_thread::kReadData, driverError);
+            setReply(0, AtaCommands::kSmartReadData, driverError);
         else
-            setReply(0, SMART_thread::kReadThresholds, Reply::refused());
+            setReply(0, AtaCommands::kSmartReadThresholds, Reply::refused());
 
         // The watchdog is at its full 30 s: a worker that failed to report would miss the wait.
         ATA_Smart service(*m_fake, m_disks);
@@ -217,8 +218,8 @@ private slots:
         QCOMPARE(m_disks.at(2).smartState, 0);
         m_disks[1].monitored = false;
         for (int probe = 0; probe < 3; ++probe) {
-            setReply(probe, SMART_thread::kReadData, Reply::sector(kLaterData));
-            setReply(probe, SMART_thread::kReadThresholds, Reply::sector(sector({{1, 70}, {9, 70}, {194, 70}})));
+            setReply(probe, AtaCommands::kSmartReadData, Reply::sector(kLaterData));
+            setReply(probe, AtaCommands::kSmartReadThresholds, Reply::sector(sector({{1, 70}, {9, 70}, {194, 70}})));
         }
         m_fake->clearCalls();
 
@@ -226,7 +227,7 @@ private slots:
         const auto calls = m_fake->calls("ataCommand");
         QCOMPARE(calls.size(), size_t(1));
         QCOMPARE(calls.at(0).probeIndex, 5);
-        QCOMPARE(calls.at(0).registers.features, SMART_thread::kReadData);
+        QCOMPARE(calls.at(0).registers.features, AtaCommands::kSmartReadData);
         QCOMPARE(m_disks.at(1).attributes.at(0).current, 100u);
         // Only current and raw values (and what derives from them) change; the rest is the first read's.
         const DiskRecord &d = m_disks.at(0);

@@ -8,9 +8,6 @@
 #include <QEventLoop>
 #include <QTextStream>
 
-#if defined(Q_OS_LINUX)
-#include "device/linux/LinuxBackend.h"
-#endif
 
 namespace DiskSession {
 
@@ -46,17 +43,10 @@ void readFirst(ATA_Smart &smart)
 QStringList accessProblems(DriveBackend &backend)
 {
     QStringList lines;
-#if defined(Q_OS_LINUX)
-    if (auto *linuxBackend = dynamic_cast<LinuxBackend *>(&backend)) {
-        for (const std::string &line : linuxBackend->accessProblems())
-            lines << QString::fromStdString(line);
-        if (!lines.isEmpty())
-            lines << QString::fromStdString(
-                LinuxBackend::accessAdvice(QCoreApplication::applicationFilePath().toStdString()));
-    }
-#else
-    Q_UNUSED(backend);
-#endif
+    for (const std::string &line : backend.accessProblems())
+        lines << QString::fromStdString(line);
+    if (!lines.isEmpty())
+        lines << QString::fromStdString(backend.accessAdvice(QCoreApplication::applicationFilePath().toStdString()));
     return lines;
 }
 

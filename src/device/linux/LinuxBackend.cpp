@@ -5,6 +5,7 @@
 #include "LinuxSystem.h"
 #include "MountTable.h"
 #include "SysfsBlock.h"
+#include "device/AtaCommands.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -24,7 +25,6 @@ namespace {
 constexpr std::uint32_t kRemovableMedia = 11;
 constexpr int kSectorBytes = 512;
 constexpr unsigned kCommandTimeoutMs = 10000;
-constexpr std::uint8_t kSmartCommand = 0xB0;
 constexpr std::uint8_t kAtaStatusBusy = 0x80;
 constexpr std::uint8_t kAtaStatusError = 0x01;
 // driver_status: DRIVER_SENSE (0x08) only says that sense data came back.
@@ -129,7 +129,7 @@ std::vector<std::string> LinuxBackend::accessProblems() const
     return lines;
 }
 
-std::string LinuxBackend::accessAdvice(const std::string &program)
+std::string LinuxBackend::accessAdvice(const std::string &program) const
 {
     return "Reading SMART data needs root or the capability CAP_SYS_RAWIO, and read-write access to "
            "the disk device. Run it as root (sudo " + program + "), or grant the program both once: "
@@ -342,7 +342,7 @@ int LinuxBackend::driveCommand(int fd, AtaExchange &exchange)
         // four bytes of a successful reply are left as sent: they are no status.
         std::uint8_t args[4 + kSectorBytes] = {};
         args[0] = in.command;
-        args[1] = in.command == kSmartCommand ? in.sectorNumber : in.sectorCount;
+        args[1] = in.command == AtaCommands::kSmart ? in.sectorNumber : in.sectorCount;
         args[2] = in.features;
         args[3] = 1;
         rc = m_env.system->ioctl(fd, HDIO_DRIVE_CMD, args);

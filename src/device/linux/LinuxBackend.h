@@ -30,12 +30,10 @@ public:
     explicit LinuxBackend(Environment environment);
     ~LinuxBackend() override;
 
-    /// One line per disk that was there but could not be opened, or whose
-    /// every ATA command was refused, with the reason ("/dev/sda: ..."); empty
-    /// when every disk could be read. Collected over the backend's lifetime.
-    std::vector<std::string> accessProblems() const;
-    /// How to grant the access the problems above lack, for \a program.
-    static std::string accessAdvice(const std::string &program);
+    /// Disks that could not be opened, or whose every ATA command was refused.
+    std::vector<std::string> accessProblems() const override;
+    /// Root, or the two capabilities for \a program.
+    std::string accessAdvice(const std::string &program) const override;
 
     std::string diskPath(int probe) const override;
     DiskHandle openDisk(const std::string &path) override;

@@ -21,7 +21,6 @@
 namespace {
 
 constexpr char kPathPrefix[] = "sim://";
-constexpr int kProbes = 26;
 constexpr std::uint8_t kSmartDriverVersion = 1;
 constexpr std::uint8_t kSmartDriverRevision = 1;
 
@@ -107,7 +106,7 @@ void readFolder(const QString &folder, std::vector<LoadedDisk> &out, const Repor
 // the lowest numbers still free, in load order.
 std::vector<SimulatedDisk> placeDisks(std::vector<LoadedDisk> &loaded, const Report &report)
 {
-    std::array<const SimulatedDisk *, kProbes> taken{};
+    std::array<const SimulatedDisk *, kDiskProbes> taken{};
     std::vector<SimulatedDisk *> placed;
     for (LoadedDisk &l : loaded) {
         SimulatedDisk &disk = l.disk;
@@ -130,7 +129,7 @@ std::vector<SimulatedDisk> placeDisks(std::vector<LoadedDisk> &loaded, const Rep
             continue;
         const auto freeNumber = std::find(taken.begin(), taken.end(), nullptr);
         if (freeNumber == taken.end()) {
-            report(disk.sourceFile, QStringLiteral("no free device number left (at most %1 disks)").arg(kProbes));
+            report(disk.sourceFile, QStringLiteral("no free device number left (at most %1 disks)").arg(kDiskProbes));
             continue;
         }
         *freeNumber = &disk;
@@ -251,7 +250,7 @@ int SimulatedBackend::diskCount() const
     return int(d->disks.size());
 }
 
-void SimulatedBackend::cancelHangs()
+void SimulatedBackend::cancelWaits()
 {
     d->hangsCancelled = true;
 }

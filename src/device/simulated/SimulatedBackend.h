@@ -29,7 +29,7 @@ public:
     /// Ends every SMART read that hangs now, at once, and makes later ones fail
     /// without waiting; read delays of the surface scan are skipped from then
     /// on. For shutdown: nobody waits for a simulated hang to run out.
-    void cancelHangs();
+    void cancelWaits() override;
 
     std::string diskPath(int probe) const override;
     DiskHandle openDisk(const std::string &path) override;

@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace AtaCommandIssuer;
+using namespace AtaCommands;
 
 constexpr std::uint8_t kStatusReady = 0x50; // DRDY | DSC
 constexpr std::uint8_t kStatusError = 0x51; // DRDY | DSC | ERR
@@ -104,7 +104,7 @@ int SimulatedDisk::writeDescriptor(std::uint8_t *buffer, int size) const
 
 bool SimulatedDisk::isSmartReadData(const AtaRegisters &registers)
 {
-    return registers.command == kSmartCommand && registers.features == kSmartReadDataFeature;
+    return registers.command == kSmart && registers.features == kSmartReadData;
 }
 
 SimulatedDisk::Outcome SimulatedDisk::classify(int path, const AtaExchange &exchange) const
@@ -113,24 +113,24 @@ SimulatedDisk::Outcome SimulatedDisk::classify(int path, const AtaExchange &exch
         return Outcome::Refused;
     const AtaRegisters &r = exchange.registers;
     // The SMART driver interface passes on only IDENTIFY and SMART commands.
-    if (path == SmartIoctlPath && r.command != kIdentifyDeviceCommand && r.command != kIdentifyPacketDeviceCommand
-        && r.command != kSmartCommand) {
+    if (path == SmartIoctlPath && r.command != kIdentifyDevice && r.command != kIdentifyPacketDevice
+        && r.command != kSmart) {
         return Outcome::Refused;
     }
 
     bool readsSector = true;
     Outcome answer = Outcome::Data;
-    if (r.command == kIdentifyDeviceCommand) {
+    if (r.command == kIdentifyDevice) {
         answer = Outcome::Data;
-    } else if (r.command == kSmartCommand) {
+    } else if (r.command == kSmart) {
         const bool smartOn = smartSupported && smartEnabled;
         if (r.cylinderLow != kSmartKeyLow || r.cylinderHigh != kSmartKeyHigh)
             return Outcome::Aborted;
-        if (r.features == kSmartReadDataFeature) {
+        if (r.features == kSmartReadData) {
             answer = smartOn && smartData ? Outcome::Data : Outcome::Aborted;
-        } else if (r.features == kSmartReadThresholdsFeature) {
+        } else if (r.features == kSmartReadThresholds) {
             answer = smartOn && thresholds ? Outcome::Data : Outcome::Aborted;
-        } else if (r.features == kSmartReturnStatusFeature) {
+        } else if (r.features == kSmartReturnStatus) {
             readsSector = false;
             answer = smartOn ? Outcome::Status : Outcome::Aborted;
         } else {
@@ -167,9 +167,9 @@ void SimulatedDisk::complete(Outcome outcome, int path, AtaExchange &exchange, q
         exchange.registersReturned = true;
         return;
     case Outcome::Data:
-        if (r.command == kIdentifyDeviceCommand)
+        if (r.command == kIdentifyDevice)
             exchange.data = identify;
-        else if (r.features == kSmartReadThresholdsFeature)
+        else if (r.features == kSmartReadThresholds)
             exchange.data = thresholds.value_or(Sector{});
         else
             exchange.data = smartDataAt(poll);
