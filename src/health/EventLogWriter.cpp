@@ -26,14 +26,17 @@ QString EventLogWriter::path() const
 bool EventLogWriter::writeLog(const QString &body) const
 {
     QFile file(m_path);
-    if (m_path.isEmpty() || !file.open(QIODevice::WriteOnly | QIODevice::Append))
+    if (m_path.isEmpty() || !file.open(QIODevice::WriteOnly | QIODevice::Append)) {
+        m_lastError = file.errorString();
         return false;
+    }
 
     const EventLogRecord record{QDateTime::currentDateTime(), body};
     // Other programs read this file with the machine's own code page, not as UTF-8.
     QStringEncoder toLocal(QStringConverter::System);
     const QByteArray bytes = toLocal.encode(record.toLine());
     const bool written = file.write(bytes) == bytes.size();
+    m_lastError = written ? QString() : file.errorString();
     file.close();
     return written;
 }

@@ -27,6 +27,8 @@ public:
     /// Writes one SMART record per monitored disk, then brings the per-disk snapshot of the
     /// last written values up to date. Returns, per disk, the changes found as "id=value,".
     QStringList compareValues(const QList<DiskRecord> &disks);
+    /// Why the last write failed; empty after a success.
+    QString lastError() const { return m_lastError; }
 
 private:
     struct AttributeSnapshot
@@ -44,5 +46,6 @@ private:
     static DiskSnapshot emptySnapshot(const DiskRecord &disk);
 
     QString m_path;
+    mutable QString m_lastError;
     QList<DiskSnapshot> m_snapshots;
 };

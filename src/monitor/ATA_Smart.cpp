@@ -1,9 +1,10 @@
 #include "ATA_Smart.h"
 
+#include "BackgroundTask.h"
 #include "SMART_thread.h"
 #include "SMART_timer.h"
 
-#include "device/AtaCommands.h"
+#include "device/DiskDiscovery.h"
 #include "device/SmartDecoder.h"
 
 namespace {
@@ -12,9 +13,9 @@ int watchdogMs = ATA_Smart::kWatchdogMs;
 
 } // namespace
 
-ATA_Smart::ATA_Smart(DriveBackend &backend, QList<DiskRecord> &disks, QObject *parent)
+ATA_Smart::ATA_Smart(std::shared_ptr<DriveBackend> backend, QList<DiskRecord> &disks, QObject *parent)
     : QObject(parent)
-    , m_backend(backend)
+    , m_backend(std::move(backend))
     , m_disks(disks)
 {
 }
@@ -22,11 +23,35 @@ ATA_Smart::ATA_Smart(DriveBackend &backend, QList<DiskRecord> &disks, QObject *p
 ATA_Smart::~ATA_Smart()
 {
     releaseWorkers();
+    for (ReRead &read : m_reReads) {
+        if (read.worker)
+            abandon(read.worker);
+    }
 }
 
 void ATA_Smart::setWatchdogIntervalForTests(int ms)
 {
     watchdogMs = ms > 0 ? ms : kWatchdogMs;
+}
+
+int ATA_Smart::watchdogIntervalMs()
+{
+    return watchdogMs;
+}
+
+void ATA_Smart::getDevice_Info()
+{
+    if (m_discovering)
+        return;
+    m_discovering = true;
+    const std::shared_ptr<DriveBackend> backend = m_backend;
+    BackgroundTask::run<QList<DiskRecord>>(
+        this, [backend] { return ::getDevice_Info(*backend); },
+        [this](QList<DiskRecord> disks) {
+            m_discovering = false;
+            m_disks = std::move(disks);
+            emit finishedGetDevices();
+        });
 }
 
 void ATA_Smart::abandon(SMART_thread *thread)
@@ -58,6 +83,7 @@ void ATA_Smart::releaseWorkers()
 void ATA_Smart::getSMART_Info()
 {
     releaseWorkers();
+    m_timedOut = QList<bool>(m_disks.size(), false);
     if (m_disks.isEmpty()) {
         emit finishedScanSMART();
         return;
@@ -73,6 +99,8 @@ void ATA_Smart::getSMART_Info()
 
         thread->setDevicePath(m_disks.at(i).devicePath);
         thread->setIndex(i);
+        // The first read addresses the drive by its list position.
+        thread->setDriveNumber(i);
         thread->setDisk(m_disks.at(i));
         connect(thread, &SMART_thread::finishReadSMART, this, &ATA_Smart::finishedReadSMART);
         connect(thread, &QThread::finished, thread, &QObject::deleteLater);
@@ -115,10 +143,13 @@ void ATA_Smart::terminate_S_thread(int i)
     if (!m_waiting.value(i, false))
         return;
     m_waiting[i] = false;
+    if (i < m_timedOut.size())
+        m_timedOut[i] = true;
     stopTimer(i);
     // The worker keeps its handle and closes it when the drive lets go.
     if (SMART_thread *thread = m_threads.value(i))
         abandon(thread);
+    emit diskTimedOut(i);
     S_thread_terminated();
 }
 
@@ -128,19 +159,90 @@ void ATA_Smart::stopTimer(int i)
         m_timers.at(i)->stop();
 }
 
-void ATA_Smart::reReadSMART(bool force)
+bool ATA_Smart::isReReading(int i) const
 {
-    for (DiskRecord &disk : m_disks) {
+    return i >= 0 && i < m_reReads.size() && m_reReads.at(i).busy;
+}
+
+QList<int> ATA_Smart::reReadSMART(bool force)
+{
+    if (m_reReads.size() < m_disks.size())
+        m_reReads.resize(m_disks.size());
+    QList<int> started;
+    for (int i = 0; i < m_disks.size(); ++i) {
+        const DiskRecord &disk = m_disks.at(i);
         if (disk.smartState < 1 || (!disk.monitored && !force))
             continue;
-        const DiskHandle handle = m_backend.openDisk(disk.devicePath.toStdString());
-        if (handle == kNoHandle)
+        // A drive still inside the previous command gets no second one: it
+        // keeps its last values until it lets go.
+        if (m_reReads.at(i).busy)
             continue;
-        // Unlike the first read, which goes by list position, a re-read
-        // addresses the drive by its device number.
-        Sector data{};
-        if (SMART_thread::readSmartSector(m_backend, handle, disk.diskNumber & 0xFF, AtaCommands::kSmartReadData, data))
-            SmartDecoder::applyReRead(disk, data);
-        m_backend.closeDisk(handle);
+        startReRead(i);
+        started.append(i);
     }
+    return started;
+}
+
+void ATA_Smart::startReRead(int i)
+{
+    ReRead &read = m_reReads[i];
+    const DiskRecord &disk = m_disks.at(i);
+    auto *thread = new SMART_thread(m_backend, this);
+    thread->setMode(SMART_thread::Mode::ReRead);
+    thread->setDevicePath(disk.devicePath);
+    thread->setIndex(i);
+    // Unlike the first read, which goes by list position, a re-read addresses
+    // the drive by its device number.
+    thread->setDriveNumber(disk.diskNumber & 0xFF);
+    connect(thread, &SMART_thread::finishReadSMART, this, &ATA_Smart::finishedReReadSMART);
+    connect(thread, &QThread::finished, thread, &QObject::deleteLater);
+
+    if (!read.timer) {
+        read.timer = new SMART_timer(this);
+        read.timer->setIndex(i);
+        connect(read.timer, &SMART_timer::needTerminated, this, &ATA_Smart::reReadTimedOut);
+    }
+    read.worker = thread;
+    read.devicePath = disk.devicePath;
+    read.waiting = true;
+    read.busy = true;
+    thread->start(QThread::InheritPriority);
+    read.timer->start(watchdogMs);
+}
+
+void ATA_Smart::finishedReReadSMART(int i)
+{
+    if (i < 0 || i >= m_reReads.size() || sender() != m_reReads.at(i).worker)
+        return;
+    ReRead &read = m_reReads[i];
+    read.busy = false;
+    const std::optional<Sector> sector = read.worker->takeSector();
+    if (!read.waiting)
+        return; // given up already: the values it brings are no longer wanted
+    read.waiting = false;
+    read.timer->stop();
+    if (sector)
+        m_reReadSectors.insert(i, {read.devicePath, *sector});
+    emit reReadOver(i, sector.has_value());
+}
+
+void ATA_Smart::reReadTimedOut(int i)
+{
+    if (i < 0 || i >= m_reReads.size() || !m_reReads.at(i).waiting)
+        return;
+    m_reReads[i].waiting = false;
+    emit diskTimedOut(i);
+    emit reReadOver(i, false);
+}
+
+void ATA_Smart::applyReReadResults()
+{
+    // QMap keeps its keys in order: the disks are updated in list order.
+    for (auto it = m_reReadSectors.cbegin(); it != m_reReadSectors.cend(); ++it) {
+        const int i = it.key();
+        // The list may have been rebuilt since the read started.
+        if (i < m_disks.size() && m_disks.at(i).devicePath == it.value().first)
+            SmartDecoder::applyReRead(m_disks[i], it.value().second);
+    }
+    m_reReadSectors.clear();
 }

@@ -1,13 +1,13 @@
 #include "SMART_thread.h"
 
-#include "device/AtaCommandIssuer.h"
+#include "device/AtaCommands.h"
 #include "device/SmartDecoder.h"
 
 #include <utility>
 
-SMART_thread::SMART_thread(DriveBackend &backend, QObject *parent)
+SMART_thread::SMART_thread(std::shared_ptr<DriveBackend> backend, QObject *parent)
     : QThread(parent)
-    , m_backend(backend)
+    , m_backend(std::move(backend))
 {
 }
 
@@ -23,6 +23,12 @@ std::optional<DiskRecord> SMART_thread::takeResult()
 {
     std::lock_guard lock(m_resultMutex);
     return std::exchange(m_result, std::nullopt);
+}
+
+std::optional<Sector> SMART_thread::takeSector()
+{
+    std::lock_guard lock(m_resultMutex);
+    return std::exchange(m_sector, std::nullopt);
 }
 
 bool SMART_thread::readSmartSector(DriveBackend &backend, DiskHandle handle, int driveNumber,
@@ -49,17 +55,20 @@ void SMART_thread::closeHeader()
 {
     if (m_handle == kNoHandle)
         return;
-    m_backend.closeDisk(m_handle);
+    m_backend->closeDisk(m_handle);
     m_handle = kNoHandle;
 }
 
-void SMART_thread::finish()
+void SMART_thread::finish(std::optional<Sector> sector)
 {
     closeHeader();
     const int index = m_index;
     {
         std::lock_guard lock(m_resultMutex);
-        m_result = std::move(m_disk);
+        if (m_mode == Mode::FirstRead)
+            m_result = std::move(m_disk);
+        else
+            m_sector = sector;
     }
     // From here on the object may be freed by its owner: touch no member.
     emit finishReadSMART(index);
@@ -67,7 +76,15 @@ void SMART_thread::finish()
 
 void SMART_thread::run()
 {
-    m_handle = m_backend.openDisk(m_devicePath.toStdString());
+    if (m_mode == Mode::FirstRead)
+        firstRead();
+    else
+        reRead();
+}
+
+void SMART_thread::firstRead()
+{
+    m_handle = m_backend->openDisk(m_devicePath.toStdString());
     if (m_handle == kNoHandle) {
         emit needStopTimer(m_index);
         finish();
@@ -75,14 +92,15 @@ void SMART_thread::run()
     }
 
     Sector data{};
-    if (!readSmartSector(m_backend, m_handle, m_index, AtaCommands::kSmartReadData, data)) {
+    if (!readSmartSector(*m_backend, m_handle, m_driveNumber, AtaCommands::kSmartReadData, data)) {
         emit needStopTimer(m_index);
         finish();
         return;
     }
 
     Sector thresholds{};
-    const bool haveThresholds = readSmartSector(m_backend, m_handle, m_index, AtaCommands::kSmartReadThresholds, thresholds);
+    const bool haveThresholds =
+        readSmartSector(*m_backend, m_handle, m_driveNumber, AtaCommands::kSmartReadThresholds, thresholds);
     // The drive has answered its last command either way.
     emit needStopTimer(m_index);
     if (!haveThresholds) {
@@ -92,4 +110,15 @@ void SMART_thread::run()
 
     SmartDecoder::applyFirstRead(m_disk, data, thresholds);
     finish();
+}
+
+void SMART_thread::reRead()
+{
+    // Only the changing values are read again: no thresholds, no worst values.
+    m_handle = m_backend->openDisk(m_devicePath.toStdString());
+    Sector data{};
+    const bool read = m_handle != kNoHandle
+                      && readSmartSector(*m_backend, m_handle, m_driveNumber, AtaCommands::kSmartReadData, data);
+    emit needStopTimer(m_index);
+    finish(read ? std::optional<Sector>(data) : std::nullopt);
 }

@@ -3,12 +3,12 @@
 #include <QString>
 
 /// Where the program keeps its own files. Both files live beside the executable when that folder is
-/// writable (a portable install), else in the user's per-application folders; the environment
-/// variable KORVANE_HOME names one folder that overrides both choices.
+/// writable (a portable install), else in the user's per-application folders; a home folder chosen
+/// by the user (SettingsStore: `--home`, KORVANE_HOME) overrides both choices.
 class AppPaths
 {
 public:
-    /// Name of the environment variable that overrides the folder of both files.
+    /// Name of the environment variable that names the home folder.
     static constexpr const char *HomeVariable = "KORVANE_HOME";
     /// File name of the settings file.
     static constexpr const char *SettingsFileName = "Korvane.ini";
@@ -18,13 +18,13 @@ public:
     /// Folder of the running executable, with "/" separators and a trailing "/"; empty without an application object.
     static QString executableDirectory();
 
-    /// Full path of the settings file for this process.
-    static QString settingsFilePath();
-    /// Full path of the event log file for this process.
-    static QString eventLogPath();
+    /// Settings file path: in \a home when it is not empty, else by the executable rule for \a exeDir.
+    static QString settingsFilePath(const QString &exeDir, const QString &home = QString());
+    /// Event log path: in \a home when it is not empty, else by the executable rule for \a exeDir.
+    static QString eventLogPath(const QString &exeDir, const QString &home = QString());
 
-    /// Settings file path as if the executable lived in exeDir (the rule behind settingsFilePath()).
-    static QString settingsFilePath(const QString &exeDir);
-    /// Event log path as if the executable lived in exeDir (the rule behind eventLogPath()).
-    static QString eventLogPath(const QString &exeDir);
+    /// Makes sure \a folder can be the home folder: an existing folder, or one that could be
+    /// created (it is). False, with the reason in \a error, for an empty name, something that
+    /// is not a folder (a file, /dev/null) or a folder that cannot be created.
+    static bool prepareHomeFolder(const QString &folder, QString *error);
 };

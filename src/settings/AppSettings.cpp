@@ -1,7 +1,10 @@
 #include "AppSettings.h"
 
-#include "AppPaths.h"
 #include "SettingsFile.h"
+#include "SettingsStore.h"
+
+#include <algorithm>
+#include <limits>
 
 int AppSettings::defaultStyleIndex(const QStringList &styleKeys)
 {
@@ -39,7 +42,9 @@ qint64 AppSettings::intervalMs(int count, int unit)
         factor = 1000;
     else if (unit == 2)
         factor = 3600000;
-    return count * factor;
+    // A timer counts milliseconds in an int: a longer interval would wrap and never fire,
+    // so it is held at the longest one the timer can count (about 24.8 days).
+    return std::min<qint64>(qint64(count) * factor, std::numeric_limits<int>::max());
 }
 
 AppSettings &appSettings()
@@ -61,12 +66,12 @@ void setDefaults(const QStringList &styleKeys)
 
 bool loadSettings()
 {
-    return SettingsFile::load(AppPaths::settingsFilePath(), appSettings(), diskSettingsList());
+    return SettingsStore::instance().load();
 }
 
 bool saveSettings(const QList<DiskRecord> &disks)
 {
-    return SettingsFile::save(AppPaths::settingsFilePath(), appSettings(), disks);
+    return SettingsStore::instance().save(disks);
 }
 
 void applyDiskSettings(QList<DiskRecord> &disks, int diskIndex)

@@ -57,7 +57,8 @@ struct AppSettings
     bool isSmtpConfigured() const;
     /// A Celsius value in the display unit: as is when temp_celsius is 0, else c * 9 / 5 + 32 (truncated).
     int displayTemperature(int celsius) const;
-    /// Milliseconds for a count of interval units (0 seconds, 1 minutes, 2 hours; other units count as minutes).
+    /// Milliseconds for a count of interval units (0 seconds, 1 minutes, 2 hours; other units count as
+    /// minutes), at most the longest interval a timer can count (INT_MAX ms).
     static qint64 intervalMs(int count, int unit);
     /// The SMART check interval in milliseconds.
     qint64 smartIntervalMs() const { return intervalMs(poll_time, poll_period); }
@@ -72,7 +73,7 @@ QList<DiskSettings> &diskSettingsList();
 
 /// Resets the process-wide settings to their defaults (see AppSettings::setDefaults).
 void setDefaults(const QStringList &styleKeys);
-/// Reads the settings file (AppPaths) into appSettings() and diskSettingsList(); false when there was no readable file.
+/// Reads the settings file (SettingsStore) into appSettings() and diskSettingsList(); false when there was no readable file.
 bool loadSettings();
 /// Writes appSettings() and one line per disk of disks to the settings file; false when it could not be written.
 bool saveSettings(const QList<DiskRecord> &disks);

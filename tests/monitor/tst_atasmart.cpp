@@ -43,7 +43,7 @@ class TestAtaSmart : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<FakeDriveBackend> m_fake;
+    std::shared_ptr<FakeDriveBackend> m_fake;
     // Holds back the hung disk's reads until opened (or 10 s pass, so that a
     // broken test cannot leave a thread behind for ever).
     std::mutex m_gateMutex;
@@ -70,10 +70,14 @@ class TestAtaSmart : public QObject
         command.command = AtaCommands::kSmart;
         m_fake->disk(probe)->setReply(SmartIoctlPath, command, reply);
     }
-    void hangOnReadData(int probe)
+    // Holds back READ DATA of \a probe from its \a fromCall-th call on (0: every call).
+    void hangOnReadData(int probe, int fromCall = 0)
     {
-        m_fake->onCall = [this, probe](const FakeDriveBackend::Call &call) {
+        auto calls = std::make_shared<std::atomic<int>>(0);
+        m_fake->onCall = [this, probe, fromCall, calls](const FakeDriveBackend::Call &call) {
             if (call.probe != probe || call.registers.features != AtaCommands::kSmartReadData)
+                return;
+            if ((*calls)++ < fromCall)
                 return;
             std::unique_lock lock(m_gateMutex);
             ++m_held;
@@ -92,6 +96,17 @@ class TestAtaSmart : public QObject
         startFirstRead(service);
         QTRY_COMPARE(finished.count(), 1);
     }
+    // Starts a re-read, waits until every disk started has reported, applies the results.
+    QList<int> reReadAndWait(ATA_Smart &service, bool force)
+    {
+        QSignalSpy over(&service, &ATA_Smart::reReadOver);
+        const QList<int> started = service.reReadSMART(force);
+        for (SMART_thread *worker : service.findChildren<SMART_thread *>())
+            m_workers.append(worker);
+        [&] { QTRY_COMPARE(over.count(), started.size()); }();
+        service.applyReReadResults();
+        return started;
+    }
     // Lets every held worker out and sees it gone with its handle closed.
     void releaseAndJoin()
     {
@@ -109,7 +124,7 @@ private slots:
     void init()
     {
         ATA_Smart::setWatchdogIntervalForTests(0);
-        m_fake = std::make_unique<FakeDriveBackend>();
+        m_fake = std::make_shared<FakeDriveBackend>();
         m_gateOpen = false;
         m_held = 0;
         m_disks.clear();
@@ -125,7 +140,7 @@ private slots:
 
     void noDisksFinishesAtOnce()
     {
-        ATA_Smart service(*m_fake, m_disks);
+        ATA_Smart service(m_fake, m_disks);
         QSignalSpy finished(&service, &ATA_Smart::finishedScanSMART);
         service.getSMART_Info();
         QCOMPARE(finished.count(), 1);
@@ -139,7 +154,7 @@ private slots:
             addDisk(probe);
         hangOnReadData(1);
 
-        ATA_Smart service(*m_fake, m_disks);
+        ATA_Smart service(m_fake, m_disks);
         QSignalSpy finished(&service, &ATA_Smart::finishedScanSMART);
         QElapsedTimer clock;
         clock.start();
@@ -165,7 +180,7 @@ private slots:
         addDisk(0);
         addDisk(1);
         hangOnReadData(0);
-        auto service = std::make_unique<ATA_Smart>(*m_fake, m_disks);
+        auto service = std::make_unique<ATA_Smart>(m_fake, m_disks);
         startFirstRead(*service);
         QTRY_COMPARE(m_held.load(), 1);
 
@@ -198,7 +213,7 @@ private slots:
             setReply(0, AtaCommands::kSmartReadThresholds, Reply::refused());
 
         // The watchdog is at its full 30 s: a worker that failed to report would miss the wait.
-        ATA_Smart service(*m_fake, m_disks);
+        ATA_Smart service(m_fake, m_disks);
         firstReadAndWait(service);
         QCOMPARE(m_disks.at(0).smartState, -1);
         QVERIFY(m_disks.at(0).attributes.isEmpty());
@@ -213,7 +228,7 @@ private slots:
         // The first read addresses a drive by its list position, a re-read by
         // the low byte of its device number.
         m_disks[0].diskNumber = 0x105;
-        ATA_Smart service(*m_fake, m_disks);
+        ATA_Smart service(m_fake, m_disks);
         firstReadAndWait(service);
         QCOMPARE(m_disks.at(2).smartState, 0);
         m_disks[1].monitored = false;
@@ -223,7 +238,7 @@ private slots:
         }
         m_fake->clearCalls();
 
-        service.reReadSMART(false);
+        QCOMPARE(reReadAndWait(service, false), QList<int>{0});
         const auto calls = m_fake->calls("ataCommand");
         QCOMPARE(calls.size(), size_t(1));
         QCOMPARE(calls.at(0).probeIndex, 5);
@@ -237,11 +252,75 @@ private slots:
                      .arg(row.flags).arg(d.temperature).arg(d.powerOnRaw).arg(d.powerOnRawAtStart),
                  QStringLiteral("3 rows; 90 now, raw 7, worst 99, threshold 50, flags 11; 45 C; on 1010 since 1000"));
 
-        service.reReadSMART(true);
+        QCOMPARE(reReadAndWait(service, true), (QList<int>{0, 1}));
         QCOMPARE(m_disks.at(1).attributes.at(0).current, 90u);
         for (const FakeDriveBackend::Call &call : m_fake->calls("openDisk"))
             QVERIFY2(call.probe != 2, "a disk without SMART rows was re-read");
         QCOMPARE(m_fake->openHandleCount(), 0);
+    }
+
+    void reReadResultsWaitForTheOwner()
+    {
+        addDisk(0);
+        ATA_Smart service(m_fake, m_disks);
+        firstReadAndWait(service);
+        setReply(0, AtaCommands::kSmartReadData, Reply::sector(kLaterData));
+        QSignalSpy over(&service, &ATA_Smart::reReadOver);
+        service.reReadSMART(false);
+        QTRY_COMPARE(over.count(), 1);
+        QCOMPARE(over.at(0).at(1).toBool(), true);
+        // Nothing reaches the record until the owner applies it, on its own thread.
+        QCOMPARE(m_disks.at(0).attributes.at(0).current, 100u);
+        service.applyReReadResults();
+        QCOMPARE(m_disks.at(0).attributes.at(0).current, 90u);
+
+        // A failed read leaves the values as they were.
+        setReply(0, AtaCommands::kSmartReadData, Reply::refused());
+        setReply(0, AtaCommands::kSmartReadThresholds, Reply::refused());
+        QSignalSpy failed(&service, &ATA_Smart::reReadOver);
+        service.reReadSMART(false);
+        QTRY_COMPARE(failed.count(), 1);
+        QCOMPARE(failed.at(0).at(1).toBool(), false);
+        service.applyReReadResults();
+        QCOMPARE(m_disks.at(0).attributes.at(0).current, 90u);
+    }
+
+    void hungReReadIsGivenUpAndNotRepeated()
+    {
+        const int limit = 400;
+        ATA_Smart::setWatchdogIntervalForTests(limit);
+        addDisk(0);
+        addDisk(1);
+        hangOnReadData(1, 1); // the first read answers, the re-reads hang
+        ATA_Smart service(m_fake, m_disks);
+        firstReadAndWait(service);
+        for (int probe = 0; probe < 2; ++probe)
+            setReply(probe, AtaCommands::kSmartReadData, Reply::sector(kLaterData));
+
+        QSignalSpy over(&service, &ATA_Smart::reReadOver);
+        QSignalSpy timedOut(&service, &ATA_Smart::diskTimedOut);
+        QCOMPARE(service.reReadSMART(false), (QList<int>{0, 1}));
+        for (SMART_thread *worker : service.findChildren<SMART_thread *>())
+            m_workers.append(worker);
+        QTRY_COMPARE(over.count(), 1);
+        QCOMPARE(over.at(0).at(0).toInt(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(over.count(), 2, 5000);
+        QCOMPARE(over.at(1), (QVariantList{1, false}));
+        QCOMPARE(timedOut.count(), 1);
+        QVERIFY(service.isReReading(1));
+
+        // The drive still holds the first command: the next poll leaves it alone.
+        QCOMPARE(service.reReadSMART(false), QList<int>{0});
+        QCOMPARE(m_held.load(), 1);
+
+        // When it lets go at last, what it brings is dropped, and it is read again.
+        releaseAndJoin();
+        QTRY_VERIFY(!service.isReReading(1));
+        service.applyReReadResults();
+        QCOMPARE(m_disks.at(0).attributes.at(0).current, 90u);
+        QCOMPARE(m_disks.at(1).attributes.at(0).current, 100u);
+        QCOMPARE(service.reReadSMART(false), (QList<int>{0, 1}));
+        QTRY_COMPARE(over.count(), 5);
     }
 };
 

@@ -1,12 +1,17 @@
 #include "settings/AppPaths.h"
 #include "settings/AppSettings.h"
+#include "settings/LanguageTable.h"
 #include "settings/SettingsFile.h"
+#include "settings/SettingsStore.h"
 
 #include <QDir>
+#include <QSignalSpy>
 #include <QFile>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <limits>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -89,7 +94,11 @@ private slots:
         settings.temp_celsius = 0;
         QCOMPARE(settings.displayTemperature(40), 40);
         QCOMPARE(settings.smartIntervalMs(), 300000);
-        QCOMPARE(AppSettings::intervalMs(1000, 2), qint64(3600000000)); // beyond int
+        // Beyond a timer's int of milliseconds: held at the longest interval it counts.
+        QCOMPARE(AppSettings::intervalMs(1000, 2), qint64(std::numeric_limits<int>::max()));
+        settings.time_check_space = std::numeric_limits<int>::max();
+        settings.period_check_space = 0;
+        QCOMPARE(settings.spaceCheckIntervalMs(), qint64(std::numeric_limits<int>::max()));
     }
 
     void loadValues_data()
@@ -259,26 +268,91 @@ private slots:
         QCOMPARE(AppPaths::eventLogPath(gone), QDir(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation))
                                                    .filePath(QStringLiteral("KV_f.log")));
 
-        // The environment overrides both, and the folder is made when missing.
-        QTemporaryDir home;
-        const QString homeDir = home.filePath(QStringLiteral("korvane"));
-        qputenv(AppPaths::HomeVariable, QFile::encodeName(homeDir));
-        QCOMPARE(AppPaths::settingsFilePath(exeDir.path()), homeDir + QStringLiteral("/Korvane.ini"));
-        QCOMPARE(AppPaths::eventLogPath(gone), homeDir + QStringLiteral("/KV_f.log"));
-        QVERIFY(QFileInfo(homeDir).isDir());
+        // A home folder overrides both.
+        QCOMPARE(AppPaths::settingsFilePath(exeDir.path(), QStringLiteral("/h")), QStringLiteral("/h/Korvane.ini"));
+        QCOMPARE(AppPaths::eventLogPath(gone, QStringLiteral("/h/")), QStringLiteral("/h/KV_f.log"));
         QVERIFY(AppPaths::executableDirectory().endsWith(QLatin1Char('/')));
+    }
 
-        // The process-wide settings go there too.
+    // The store takes a home folder from --home or KORVANE_HOME by one rule, and the
+    // process-wide settings follow it.
+    void homeFolder_data()
+    {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QString>("refusal"); // empty: taken
+        QTest::newRow("missing folder is made") << QStringLiteral("new/korvane") << QString();
+        QTest::newRow("empty name") << QString() << QStringLiteral("needs a name");
+        QTest::newRow("a file") << QStringLiteral("plain.txt") << QStringLiteral("is not a folder");
+        QTest::newRow("a device") << QStringLiteral("/dev/null") << QStringLiteral("/dev/null is not a folder");
+        QTest::newRow("under a file") << QStringLiteral("plain.txt/sub") << QStringLiteral("cannot create the folder");
+    }
+    void homeFolder()
+    {
+        QFETCH(QString, folder);
+        QFETCH(QString, refusal);
+        QTemporaryDir dir;
+        QVERIFY(writeFile(dir.filePath(QStringLiteral("plain.txt")), "x"));
+        const QString path = folder.isEmpty() || folder.startsWith(QLatin1Char('/')) ? folder : dir.filePath(folder);
+        SettingsStore &store = SettingsStore::instance();
+        const QString before = store.homeFolder();
+
+        // An empty KORVANE_HOME is as good as none; an empty --home is refused.
+        for (bool fromEnvironment : {false, !path.isEmpty()}) {
+            QString error;
+            bool taken = false;
+            if (fromEnvironment) {
+                qputenv(AppPaths::HomeVariable, QFile::encodeName(path));
+                taken = store.useHomeFromEnvironment(&error);
+            } else {
+                taken = store.setHomeFolder(path, &error);
+            }
+            QCOMPARE(taken, refusal.isEmpty());
+            QVERIFY2(error.contains(refusal), qPrintable(error));
+            if (!taken && !path.isEmpty())
+                QCOMPARE(store.homeFolder(), before);
+        }
+        if (!refusal.isEmpty())
+            return;
+        QVERIFY(QFileInfo(path).isDir());
+        QCOMPARE(store.settingsFilePath(), path + QStringLiteral("/Korvane.ini"));
+        QCOMPARE(store.eventLogPath(), path + QStringLiteral("/KV_f.log"));
+
+        // The process-wide settings go there too, and whoever listens hears of them.
+        QSignalSpy changed(&store, &SettingsStore::settingsChanged);
         setDefaults({});
         appSettings().poll_time = 12;
         QVERIFY(saveSettings({disk(QStringLiteral("S9"), false, 2)}));
         setDefaults({});
         QVERIFY(loadSettings());
+        QCOMPARE(changed.count(), 1);
         QCOMPARE(appSettings().poll_time, 12);
         QList<DiskRecord> disks{disk(QStringLiteral("S9"), true, 1)};
         ::applyDiskSettings(disks, 0);
         ::applyDiskSettings(disks, 1); // no such disk: ignored
         QCOMPARE(QStringLiteral("%1,%2").arg(int(disks[0].monitored)).arg(disks[0].powerOnUnit), QStringLiteral("0,2"));
+    }
+
+    void storeSignalsChanges()
+    {
+        SettingsStore &store = SettingsStore::instance();
+        QSignalSpy settings(&store, &SettingsStore::settingsChanged);
+        QSignalSpy language(&store, &SettingsStore::languageChanged);
+        setDefaults({});
+        QVERIFY(store.setLanguage(LanguageTable::German));
+
+        AppSettings changed = appSettings();
+        changed.poll_time = 3;
+        changed.LanguageType = LanguageTable::Russian; // only setLanguage() switches languages
+        store.apply(changed);
+        QCOMPARE(settings.count(), 1);
+        QCOMPARE(appSettings().poll_time, 3);
+        QCOMPARE(appSettings().LanguageType, int(LanguageTable::German));
+
+        QCOMPARE(language.count(), 1);
+        QCOMPARE(languageText(Lang::LanguageName), LanguageTable::text(Lang::LanguageName));
+        QVERIFY(store.setLanguage(LanguageTable::English));
+        QCOMPARE(language.count(), 2);
+        QCOMPARE(appSettings().LanguageType, int(LanguageTable::English));
     }
 };
 

@@ -1,5 +1,7 @@
 #include "CtlOptions.h"
 
+#include "device/UserPath.h"
+
 #include <limits>
 #include <utility>
 
@@ -37,10 +39,11 @@ QString CtlOptions::usage()
         "                    (default: as the desktop program, or KORVANE_HOME)\n"
         "  --simulate PATH   use simulated disks from a file or folder (repeatable);\n"
         "                    KORVANE_SIMULATE=path[:path...] does the same\n"
-        "  -h, --help        show this text\n");
+        "  -h, --help        show this text\n"
+        "  --version         show the version\n");
 }
 
-std::optional<CtlOptions> CtlOptions::parse(const QStringList &arguments, QString *error)
+std::optional<CtlOptions> CtlOptions::parse(const QList<QByteArray> &arguments, QString *error)
 {
     CtlOptions options;
     auto fail = [error](const QString &why) -> std::optional<CtlOptions> {
@@ -49,20 +52,30 @@ std::optional<CtlOptions> CtlOptions::parse(const QStringList &arguments, QStrin
     };
 
     for (int i = 0; i < arguments.size(); ++i) {
-        QString arg = arguments.at(i);
-        QString value;
+        QByteArray raw = arguments.at(i);
+        QByteArray rawValue;
         bool hasInlineValue = false;
-        if (arg.startsWith(QLatin1String("--")) && arg.contains(QLatin1Char('='))) {
-            value = arg.section(QLatin1Char('='), 1);
-            arg = arg.section(QLatin1Char('='), 0, 0);
+        if (raw.startsWith("--") && raw.contains('=')) {
+            const qsizetype equals = raw.indexOf('=');
+            rawValue = raw.mid(equals + 1);
+            raw = raw.left(equals);
             hasInlineValue = true;
         }
+        const QString arg = QString::fromLocal8Bit(raw);
         if (takesValue(arg) && !hasInlineValue) {
             if (i + 1 >= arguments.size())
                 return fail(QStringLiteral("%1 needs a value").arg(arg));
-            value = arguments.at(++i);
+            rawValue = arguments.at(++i);
         } else if (hasInlineValue && !takesValue(arg)) {
             return fail(QStringLiteral("%1 takes no value").arg(arg));
+        }
+        QString value = QString::fromLocal8Bit(rawValue);
+        // A path in another encoding than UTF-8 still names the user's file.
+        if (!rawValue.isEmpty() && (arg == QLatin1String("--simulate") || arg == QLatin1String("--home"))) {
+            QString why;
+            value = UserPath::fromLocalBytes(rawValue, arg == QLatin1String("--home"), &why);
+            if (value.isEmpty())
+                return fail(QStringLiteral("%1 %2").arg(arg, why));
         }
 
         if (arg == QLatin1String("--json")) {
@@ -87,6 +100,9 @@ std::optional<CtlOptions> CtlOptions::parse(const QStringList &arguments, QStrin
             options.home = value;
         } else if (arg == QLatin1String("-h") || arg == QLatin1String("--help")) {
             options.command = QStringLiteral("help");
+            return options;
+        } else if (arg == QLatin1String("--version")) {
+            options.command = QStringLiteral("version");
             return options;
         } else if (arg.startsWith(QLatin1Char('-'))) {
             return fail(QStringLiteral("unknown option %1").arg(arg));

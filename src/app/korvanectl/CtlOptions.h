@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QByteArray>
+#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -8,16 +10,17 @@
 /// What the command line asked for.
 struct CtlOptions
 {
-    QString command;          ///< "info", "monitor", ...
+    QString command;          ///< "info", "monitor", "help" or "version"
     bool json = false;        ///< machine-readable output
     QStringList simulate;     ///< --simulate paths, in the order given
     bool once = false;        ///< monitor: one evaluation, then exit
     int intervalSeconds = 0;  ///< monitor: poll interval; 0 = from the settings
     QString home;             ///< monitor: folder of the settings and event log
 
-    /// Parses the arguments (without the program name); on failure returns
-    /// nothing and puts the reason in \a error.
-    static std::optional<CtlOptions> parse(const QStringList &arguments, QString *error);
+    /// Parses the arguments as the process got them (without the program name); on failure
+    /// returns nothing and puts the reason in \a error. Paths name the file the user named,
+    /// whatever their encoding.
+    static std::optional<CtlOptions> parse(const QList<QByteArray> &arguments, QString *error);
     /// The usage text.
     static QString usage();
 };

@@ -1,62 +1,73 @@
 #include "MonitorCommand.h"
 
-#include "MonitorSession.h"
+#include "ConsoleOutput.h"
+#include "CtlBackend.h"
+#include "MonitorPrinter.h"
 #include "SignalWatcher.h"
-#include "DiskSession.h"
-#include "settings/AppPaths.h"
+
+#include "monitor/DiskMonitor.h"
 #include "settings/AppSettings.h"
 #include "settings/LanguageTable.h"
+#include "settings/SettingsStore.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QTextStream>
 #include <QTimer>
 
-#include <algorithm>
-#include <limits>
-
 namespace MonitorCommand {
 
-int run(const CtlOptions &options)
+namespace {
+
+// The home folder, the settings and the language; false (with the reason on stderr) when the run cannot go on.
+bool prepareSettings(const CtlOptions &options)
 {
     QTextStream err(stderr);
-    if (!options.home.isEmpty()) {
-        if (!QDir().mkpath(options.home)) {
-            err << "korvanectl: cannot create the folder " << options.home << '\n';
-            return 2;
-        }
-        qputenv(AppPaths::HomeVariable, QDir(options.home).absolutePath().toLocal8Bit());
+    SettingsStore &store = SettingsStore::instance();
+    QString error;
+    const bool home = options.home.isEmpty() ? store.useHomeFromEnvironment(&error)
+                                             : store.setHomeFolder(options.home, &error);
+    if (!home) {
+        err << "korvanectl: " << error << '\n';
+        return false;
     }
 
     setDefaults({});
-    loadSettings();
+    QString message;
+    store.load(&message);
+    if (!message.isEmpty())
+        err << "korvanectl: " << message << '\n';
+
     const auto language = LanguageTable::loadAtStartup(appSettings().LanguageType);
     if (language != LanguageTable::StartupResult::Loaded)
         err << "korvanectl: " << LanguageTable::startupMessage(language) << '\n';
-    if (language == LanguageTable::StartupResult::Failed)
+    return language != LanguageTable::StartupResult::Failed;
+}
+
+} // namespace
+
+int run(const CtlOptions &options)
+{
+    // First of all, so that a stop request is honoured whenever it comes.
+    SignalWatcher stopWatcher;
+    if (!prepareSettings(options))
         return 2;
 
     bool filesRead = true;
-    DriveBackend &backend = DiskSession::openBackend(options.simulate, &filesRead);
+    DiskMonitor monitor(CtlBackend::open(options.simulate, &filesRead));
+    if (options.intervalSeconds > 0)
+        monitor.setSmartIntervalMs(options.intervalSeconds * 1000);
 
-    SignalWatcher stopWatcher;
-    MonitorSession session(backend, options);
-    session.start();
+    ConsoleOutput out;
+    MonitorPrinter printer(monitor, out, options.json);
+    QObject::connect(&stopWatcher, &SignalWatcher::stopRequested, qApp, &QCoreApplication::quit);
+    QObject::connect(&out, &ConsoleOutput::closed, qApp, &QCoreApplication::quit);
+    if (options.once)
+        QObject::connect(&monitor, &DiskMonitor::evaluated, qApp, &QCoreApplication::quit);
 
-    if (!options.once) {
-        // The settings allow intervals longer than the timer can count (an
-        // int of milliseconds, about 24.8 days); those poll at that longest.
-        const qint64 interval = std::min<qint64>(options.intervalSeconds > 0 ? qint64(options.intervalSeconds) * 1000
-                                                                             : appSettings().smartIntervalMs(),
-                                                 std::numeric_limits<int>::max());
-        QTimer timer;
-        timer.setInterval(std::chrono::milliseconds(interval));
-        QObject::connect(&timer, &QTimer::timeout, &session, &MonitorSession::poll);
-        QObject::connect(&stopWatcher, &SignalWatcher::stopRequested, qApp, &QCoreApplication::quit);
-        timer.start();
-        QCoreApplication::exec();
-    }
-    session.finish();
+    // Started from inside the event loop, which is then already there to take a stop request.
+    QTimer::singleShot(0, &monitor, &DiskMonitor::start);
+    QCoreApplication::exec();
+    monitor.finish();
     return filesRead ? 0 : 2;
 }
 

@@ -9,8 +9,11 @@
 
 namespace {
 
+constexpr int kStopSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
 // The handler may only do async-signal-safe work: it writes one byte into a
-// pipe whose other end the event loop watches.
+// pipe whose other end the event loop watches. The byte stays in the pipe
+// until the loop runs, so a signal that comes before it is not lost.
 int s_pipe[2] = {-1, -1};
 
 void onSignal(int)
@@ -24,6 +27,7 @@ void onSignal(int)
 SignalWatcher::SignalWatcher(QObject *parent)
     : QObject(parent)
 {
+    ::signal(SIGPIPE, SIG_IGN);
     if (::pipe2(s_pipe, O_CLOEXEC | O_NONBLOCK) != 0)
         return;
     m_notifier = new QSocketNotifier(s_pipe[0], QSocketNotifier::Read, this);
@@ -37,14 +41,14 @@ SignalWatcher::SignalWatcher(QObject *parent)
     action.sa_handler = onSignal;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    for (int signal : kStopSignals)
+        sigaction(signal, &action, nullptr);
 }
 
 SignalWatcher::~SignalWatcher()
 {
-    signal(SIGINT, SIG_DFL);
-    signal(SIGTERM, SIG_DFL);
+    for (int signal : kStopSignals)
+        ::signal(signal, SIG_DFL);
     delete m_notifier;
     ::close(s_pipe[0]);
     ::close(s_pipe[1]);

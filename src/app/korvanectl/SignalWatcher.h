@@ -4,8 +4,10 @@
 
 class QSocketNotifier;
 
-/// Turns SIGINT and SIGTERM into a Qt signal on the thread that created the
-/// watcher, so a monitor loop can finish its last record and exit cleanly.
+/// Turns SIGINT, SIGTERM and SIGHUP into a Qt signal on the thread that created
+/// the watcher, so a monitor loop can finish its last record and exit cleanly,
+/// whenever the signal comes. SIGPIPE is ignored from then on: a reader that
+/// goes away shows up as a failed write, not as a death before the last record.
 class SignalWatcher : public QObject
 {
     Q_OBJECT
@@ -15,7 +17,7 @@ public:
     ~SignalWatcher() override;
 
 signals:
-    /// SIGINT or SIGTERM arrived.
+    /// SIGINT, SIGTERM or SIGHUP arrived (once per arrival).
     void stopRequested();
 
 private:

@@ -1,6 +1,8 @@
 #include "TextReport.h"
 
 #include "device/DiskInfoReport.h"
+#include "device/TextLine.h"
+#include "monitor/ATA_Smart.h"
 
 #include <QStringList>
 
@@ -23,8 +25,10 @@ void appendRows(QStringList &out, const QList<InfoRow> &rows, int depth)
     }
 }
 
-QString smartStateText(const DiskRecord &disk)
+QString smartStateText(const DiskRecord &disk, bool timedOut)
 {
+    if (timedOut)
+        return QStringLiteral("no answer within %1 seconds; the disk may hang").arg(ATA_Smart::watchdogIntervalMs() / 1000);
     if (disk.smartState > 0)
         return QStringLiteral("%1 attributes").arg(disk.attributes.size());
     if (disk.smartState == 0)
@@ -58,12 +62,15 @@ QString attributeTable(const DiskRecord &disk)
     return out.join(QLatin1Char('\n'));
 }
 
-QString disk(const DiskRecord &disk, int index)
+QString disk(const DiskRecord &disk, int index, bool timedOut)
 {
     QStringList out;
     out << QStringLiteral("Disk %1: %2 (%3)").arg(index).arg(disk.model, disk.devicePath);
     appendRows(out, DiskInfoReport::allRows(disk), 0);
-    out << QStringLiteral("  SMART: %1").arg(smartStateText(disk));
+    out << QStringLiteral("  SMART: %1").arg(smartStateText(disk, timedOut));
+    // A model or serial with a line break in it must not split a line of the report.
+    for (QString &line : out)
+        line = TextLine::oneLine(line);
     if (!disk.attributes.isEmpty())
         out << attributeTable(disk);
     return out.join(QLatin1Char('\n'));

@@ -1,0 +1,23 @@
+#include "ConsoleOutput.h"
+
+#include <cstdio>
+
+ConsoleOutput::ConsoleOutput(QObject *parent)
+    : QObject(parent)
+{
+    // Unbuffered: each line is one write, seen by the reader at once, and a
+    // failed write shows at the line that failed.
+    m_file.open(stdout, QIODevice::WriteOnly | QIODevice::Unbuffered);
+}
+
+bool ConsoleOutput::writeLine(const QString &text)
+{
+    if (m_closed)
+        return false;
+    const QByteArray bytes = (text + QLatin1Char('\n')).toUtf8();
+    if (m_file.write(bytes) == bytes.size())
+        return true;
+    m_closed = true;
+    emit closed();
+    return false;
+}

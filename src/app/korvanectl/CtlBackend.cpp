@@ -1,0 +1,20 @@
+#include "CtlBackend.h"
+
+#include "device/BackendFactory.h"
+
+#include <QTextStream>
+
+namespace CtlBackend {
+
+std::shared_ptr<DriveBackend> open(const QStringList &simulatePaths, bool *filesRead)
+{
+    QStringList errors;
+    std::shared_ptr<DriveBackend> backend = createDriveBackend(simulatePaths, &errors);
+    QTextStream err(stderr);
+    for (const QString &e : std::as_const(errors))
+        err << "korvanectl: " << e << '\n';
+    *filesRead = errors.isEmpty();
+    return backend;
+}
+
+} // namespace CtlBackend

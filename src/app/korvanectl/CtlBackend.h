@@ -1,0 +1,17 @@
+#pragma once
+
+#include "device/DriveBackend.h"
+
+#include <QStringList>
+
+#include <memory>
+
+/// The backend of a korvanectl run.
+namespace CtlBackend {
+
+/// Simulated disks when \a simulatePaths (or KORVANE_SIMULATE) name any, else the
+/// operating system's own. Files that cannot be read are reported on stderr and
+/// clear \a filesRead.
+std::shared_ptr<DriveBackend> open(const QStringList &simulatePaths, bool *filesRead);
+
+} // namespace CtlBackend
