@@ -7,7 +7,9 @@ ConsoleOutput::ConsoleOutput(QObject *parent)
 {
     // Unbuffered: each line is one write, seen by the reader at once, and a
     // failed write shows at the line that failed.
-    m_file.open(stdout, QIODevice::WriteOnly | QIODevice::Unbuffered);
+    // The descriptor rather than the C stream: the stream would keep a failed
+    // write to itself.
+    m_file.open(fileno(stdout), QIODevice::WriteOnly | QIODevice::Unbuffered);
 }
 
 bool ConsoleOutput::writeLine(const QString &text)
