@@ -4,6 +4,7 @@
 #include "HealthTexts.h"
 #include "MailNotifier.h"
 #include "device/DiskRecord.h"
+#include "device/TextLine.h"
 #include "settings/AppSettings.h"
 #include "settings/LanguageTable.h"
 
@@ -33,7 +34,8 @@ struct PassContext
 
 void addEventLine(QList<EventLine> &lines, EventLineKind kind, const QString &text)
 {
-    lines.append({kind, text});
+    // A model or serial read from a disk may hold a line break; the list shows one line per entry.
+    lines.append({kind, TextLine::oneLine(text)});
 }
 
 /// One alert: a status paragraph, an Events Log line and a line of the event text.
