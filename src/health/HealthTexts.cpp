@@ -4,26 +4,36 @@
 #include "settings/AppSettings.h"
 #include "settings/LanguageTable.h"
 
+#include <QStringBuilder>
+
 namespace HealthTexts {
 
 namespace {
 
-// Every status paragraph is black text behind an icon: 38 pixels wide for a disk state, 16 for
-// a verdict.
-QString statusParagraph(QLatin1StringView background, QLatin1StringView icon, int width, const QString &text)
+// What a status paragraph holds before its text: black text behind an icon, 38 pixels wide for a
+// disk state, 16 for a verdict.
+QString paragraphHead(QLatin1StringView background, QLatin1StringView icon, int width)
 {
     return QStringLiteral("<p style=\" margin-top:0px; margin-bottom:0px; margin-left:0px; margin-right:0px;"
                           "font-size:8pt;font-size:8pt; font-weight:400; font-style:normal; "
                           "text-decoration:none;color:#000000; background:#%1\">"
-                          "<img src=\":/new/prefix1/images/%2\" width=\"%3\" height=\"16\">%4</p>")
-        .arg(background, icon, QString::number(width), text);
+                          "<img src=\":/new/prefix1/images/%2\" width=\"%3\" height=\"16\">")
+        .arg(background, icon, QString::number(width));
+}
+
+QString statusParagraph(const QString &head, const QString &text)
+{
+    return head % text % QLatin1StringView("</p>");
 }
 
 QString alertParagraph(HealthState level, const QString &text)
 {
-    if (level == HealthAlarm)
-        return statusParagraph(QLatin1StringView("FD7471"), QLatin1StringView("secure_red.png"), 16, text);
-    return statusParagraph(QLatin1StringView("F1F3A7"), QLatin1StringView("secure_at.png"), 16, text);
+    // Alerts recur on every poll while a disk is failing: their heads are built once.
+    static const QString alarmHead =
+        paragraphHead(QLatin1StringView("FD7471"), QLatin1StringView("secure_red.png"), 16);
+    static const QString warningHead =
+        paragraphHead(QLatin1StringView("F1F3A7"), QLatin1StringView("secure_at.png"), 16);
+    return statusParagraph(level == HealthAlarm ? alarmHead : warningHead, text);
 }
 
 } // namespace
@@ -36,23 +46,25 @@ QString unitText(const AppSettings &settings, const QStringList &languageTable)
 // The fixed paragraphs are built once; every disk then shares the same text.
 const QString &notMonitoringNote()
 {
-    static const QString note = statusParagraph(QLatin1StringView("e8fffc"), QLatin1StringView("harddisk_Stop.png"),
-                                              38, QStringLiteral("Not monitoring"));
+    static const QString note = statusParagraph(
+        paragraphHead(QLatin1StringView("e8fffc"), QLatin1StringView("harddisk_Stop.png"), 38),
+        QStringLiteral("Not monitoring"));
     return note;
 }
 
 const QString &noSmartNote()
 {
-    static const QString note = statusParagraph(QLatin1StringView("e8fffc"),
-                                              QLatin1StringView("harddisk_NoSMART.png"), 38,
-                                              QStringLiteral("SMART not supported"));
+    static const QString note = statusParagraph(
+        paragraphHead(QLatin1StringView("e8fffc"), QLatin1StringView("harddisk_NoSMART.png"), 38),
+        QStringLiteral("SMART not supported"));
     return note;
 }
 
 const QString &everythingOkNote()
 {
-    static const QString note = statusParagraph(QLatin1StringView("9AFE8B"), QLatin1StringView("secure_apply.png"),
-                                              16, QStringLiteral("Everything is OK"));
+    static const QString note = statusParagraph(
+        paragraphHead(QLatin1StringView("9AFE8B"), QLatin1StringView("secure_apply.png"), 16),
+        QStringLiteral("Everything is OK"));
     return note;
 }
 
