@@ -1,7 +1,10 @@
 #include "HealthEvaluator.h"
 
+#include "HealthRules.h"
+#include "HealthTexts.h"
 #include "MailNotifier.h"
 #include "device/DiskRecord.h"
+#include "device/TextLine.h"
 #include "settings/AppSettings.h"
 #include "settings/LanguageTable.h"
 
@@ -11,99 +14,102 @@ namespace {
 
 constexpr quint32 kTemperatureId = 194;
 constexpr quint32 kPowerOnId = 9;
-// Fixed floors of the normalised value, independent of the vendor threshold.
-constexpr quint32 kAlarmFloor = 5;
-constexpr quint32 kWarningFloor = 10;
-
-const QString kOkIcon = QStringLiteral(":/new/prefix1/images/harddisk_Ok.png");
-const QString kWarningIcon = QStringLiteral(":/new/prefix1/images/harddisk_Wrg.png");
-const QString kAlarmIcon = QStringLiteral(":/new/prefix1/images/harddisk_Alr.png");
-
-const QString kAllOkMail = QStringLiteral("All is OK.\nAll params of your disk(s) are in Normal condition.");
-const QString kNoSmtpParams = QStringLiteral("Sending of the message is impossible. Need to set SMTP params");
-const QString kMailInFlight = QStringLiteral("Sending of the message is impossible. Previous E-Mail notification in progress...");
-
-QString statusParagraph(QLatin1StringView textColour, QLatin1StringView background, const QString &text)
-{
-    return QStringLiteral("<p style=\" margin-top:0px; margin-bottom:0px; margin-left:0px; margin-right:0px;"
-                          "font-size:8pt;font-size:8pt; font-weight:400; font-style:normal; "
-                          "text-decoration:none;color:#%1; background:#%2\">%3</p>")
-        .arg(textColour, background, text);
-}
-
-QString levelName(int level)
-{
-    return level == HealthAlarm ? QStringLiteral("ALARM") : QStringLiteral("WARNING");
-}
-
-QLatin1StringView alertBackground(int level)
-{
-    return level == HealthAlarm ? QLatin1StringView("FD7471") : QLatin1StringView("F1F3A7");
-}
-
-QString alertImage(int level)
-{
-    return level == HealthAlarm
-        ? QStringLiteral("<img src=\":/new/prefix1/images/secure_red.png\" width=\"16\" height=\"16\">")
-        : QStringLiteral("<img src=\":/new/prefix1/images/secure_at.png\" width=\"16\" height=\"16\">");
-}
-
-/// Share of a normalised value: vendors scale to 100, 200 or 253 as the best value.
-int attributePercentage(quint32 v)
-{
-    if (v > 200)
-        return int(v / 253.0 * 100);
-    if (v > 100)
-        return int(v / 200.0 * 100);
-    return int(v);
-}
 
 /// What one disk's pass gathers before it is stored.
 struct DiskPass
 {
-    int level = HealthOk;
+    HealthState level = HealthOk;
+    int percentage = 100;
     QString statusHtml; ///< alert paragraphs: temperature ones in front, attribute ones behind
     QString events;     ///< alert lines for pop-up and e-mail
 };
+
+/// What every disk's pass reads, and the list its Events Log lines go to.
+struct PassContext
+{
+    const AppSettings &settings;
+    QString unitText;
+    QList<EventLine> &eventLines;
+};
+
+void addEventLine(QList<EventLine> &lines, EventLineKind kind, const QString &text)
+{
+    // A model or serial read from a disk may hold a line break; the list shows one line per entry.
+    lines.append({kind, TextLine::oneLine(text)});
+}
+
+/// One alert: a status paragraph, an Events Log line and a line of the event text.
+void raiseAlert(DiskPass &pass, const PassContext &context, HealthState level, const QString &paragraph,
+                const QString &logLine, const QString &eventLine, bool inFront)
+{
+    if (inFront)
+        pass.statusHtml.prepend(paragraph);
+    else
+        pass.statusHtml.append(paragraph);
+    addEventLine(context.eventLines, level == HealthAlarm ? EventLineKind::Alarm : EventLineKind::Warning, logLine);
+    pass.events += eventLine;
+}
+
+void temperatureStep(DiskRecord &disk, const SmartAttribute &attr, const PassContext &context, DiskPass &pass,
+                     QString &summaryLine)
+{
+    const AppSettings &settings = context.settings;
+    // The summary shows the temperature of the previous poll: the new one is stored only after
+    // it has been printed.
+    summaryLine += HealthTexts::summaryTemperature(settings.displayTemperature(disk.temperature), context.unitText);
+    disk.temperature = qint32(quint32(quint64(attr.raw) & 0xffffffffu));
+    pass.level = std::max(pass.level, HealthRules::temperatureLevel(disk.temperature, settings));
+    // Whatever raised the level so far is reported as a temperature alert.
+    if (pass.level >= HealthWarning) {
+        const QString shown = QString::number(settings.displayTemperature(disk.temperature));
+        raiseAlert(pass, context, pass.level, HealthTexts::temperatureParagraph(pass.level),
+                   HealthTexts::temperatureLogLine(disk, shown, context.unitText),
+                   HealthTexts::temperatureEventLine(pass.level, shown, context.unitText), true);
+    }
+}
+
+void attributeStep(const DiskRecord &disk, const SmartAttribute &attr, const PassContext &context, DiskPass &pass)
+{
+    pass.percentage = std::min(pass.percentage, HealthRules::attributePercentage(attr.current));
+    pass.level = std::max(pass.level, HealthRules::attributeLevel(attr));
+    const HealthState alert = HealthRules::attributeAlert(attr);
+    if (alert != HealthOk) {
+        raiseAlert(pass, context, alert, HealthTexts::attributeParagraph(alert, attr),
+                   HealthTexts::attributeLogLine(alert, disk, attr), HealthTexts::attributeEventLine(alert, attr),
+                   false);
+    }
+}
+
+/// Evaluates a monitored disk with SMART data and stores its results; the tray summary line
+/// gets the temperature piece.
+DiskPass evaluateDisk(DiskRecord &disk, const PassContext &context, QString &summaryLine)
+{
+    DiskPass pass;
+    for (const SmartAttribute &attr : disk.attributes) {
+        if (attr.id == kTemperatureId)
+            temperatureStep(disk, attr, context, pass, summaryLine);
+        else if (attr.id == kPowerOnId)
+            disk.powerOnRaw = quint64(attr.raw);
+        // Performance-related attributes vary with load, not with wear.
+        if (attr.performance == 0)
+            attributeStep(disk, attr, context, pass);
+    }
+    disk.healthValue = pass.percentage;
+    disk.healthState = pass.level;
+    disk.note = pass.level == HealthOk ? HealthTexts::everythingOkNote() : pass.statusHtml;
+    return pass;
+}
 
 } // namespace
 
 HealthEvaluation HealthEvaluator::checkHealthStatus(QList<DiskRecord> &disks, const AppSettings &settings,
                                                     const QStringList &languageTable, const MailNotifier *mail)
 {
-    // The fixed paragraphs are built once; every disk then shares the same text.
-    static const QString notMonitoringNote =
-        statusParagraph(QLatin1StringView("000000"), QLatin1StringView("e8fffc"),
-                        QStringLiteral("<img src=\":/new/prefix1/images/harddisk_Stop.png\" "
-                                       "width=\"38\" height=\"16\">Not monitoring"));
-    static const QString noSmartNote =
-        statusParagraph(QLatin1StringView("000000"), QLatin1StringView("e8fffc"),
-                        QStringLiteral("<img src=\":/new/prefix1/images/harddisk_NoSMART.png\" "
-                                       "width=\"38\" height=\"16\">SMART not supported"));
-    static const QString everythingOkNote =
-        statusParagraph(QLatin1StringView("000000"), QLatin1StringView("9AFE8B"),
-                        QStringLiteral("<img src=\":/new/prefix1/images/secure_apply.png\" "
-                                       "width=\"16\" height=\"16\">Everything is OK"));
-
     HealthEvaluation result;
     result.treeIcons.resize(disks.size());
+    const PassContext context{settings, HealthTexts::unitText(settings, languageTable), result.eventLines};
 
-    const QString unitText = languageTable.value(Lang::UnitCelsius + (settings.temp_celsius ? 1 : 0));
-    auto display = [&settings](qint32 celsius) { return settings.displayTemperature(celsius); };
-
-    auto raiseAlert = [&](DiskPass &pass, int level, const QString &statusText, const QString &logText,
-                          const QString &eventText, bool inFront) {
-        const QString paragraph = statusParagraph(QLatin1StringView("000000"), alertBackground(level),
-                                                  alertImage(level) + statusText);
-        if (inFront)
-            pass.statusHtml.prepend(paragraph);
-        else
-            pass.statusHtml.append(paragraph);
-        result.eventLines.append({level == HealthAlarm ? EventLineKind::Alarm : EventLineKind::Warning, logText});
-        pass.events += eventText;
-    };
-
-    int overall = HealthOk;
+    HealthState overall = HealthOk;
     QString summary = languageTable.value(Lang::Title);
     QString eventText;
     bool summaryGained = false;
@@ -111,86 +117,21 @@ HealthEvaluation HealthEvaluator::checkHealthStatus(QList<DiskRecord> &disks, co
     for (qsizetype i = 0; i < disks.size(); ++i) {
         DiskRecord &disk = disks[i];
         if (!disk.monitored) {
-            disk.note = notMonitoringNote;
+            disk.note = HealthTexts::notMonitoringNote();
             continue;
         }
         if (disk.smartState <= 0) {
-            disk.note = noSmartNote;
+            disk.note = HealthTexts::noSmartNote();
             continue;
         }
 
-        DiskPass pass;
-        int percentage = 100;
-        QString line = QStringLiteral("HD") + QString::number(i);
-
-        for (const SmartAttribute &attr : disk.attributes) {
-            if (attr.id == kTemperatureId) {
-                // The summary shows the temperature of the previous poll: the new one is stored
-                // only after it has been printed.
-                line += QLatin1Char(' ') + QString::number(display(disk.temperature)) + unitText;
-                disk.temperature = qint32(quint32(quint64(attr.raw) & 0xffffffffu));
-                if (disk.temperature >= settings.warn_temp && pass.level < HealthWarning)
-                    pass.level = HealthWarning;
-                if (disk.temperature >= settings.crit_temp && pass.level < HealthAlarm)
-                    pass.level = HealthAlarm;
-                // Whatever raised the level so far is reported as a temperature alert.
-                if (pass.level == HealthWarning || pass.level == HealthAlarm) {
-                    const QString shown = QString::number(display(disk.temperature));
-                    raiseAlert(pass, pass.level, QStringLiteral("Temperature is ") + levelName(pass.level),
-                               QStringLiteral("Disk: %1  Serial: %2  Temperature is %3%4")
-                                   .arg(disk.model, disk.serial, shown, unitText),
-                               QStringLiteral("  Temperature has reached %1 level (%2%3)\n")
-                                   .arg(levelName(pass.level), shown, unitText),
-                               true);
-                }
-            } else if (attr.id == kPowerOnId) {
-                disk.powerOnRaw = quint64(attr.raw);
-            }
-
-            if (attr.performance != 0)
-                continue;
-
-            const quint32 v = attr.current;
-            percentage = std::min(percentage, attributePercentage(v));
-            // At or below the vendor threshold is a warning; only the fixed floor makes an alarm.
-            if ((v > attr.threshold && v <= kWarningFloor) || v <= attr.threshold) {
-                if (pass.level == HealthOk)
-                    pass.level = HealthWarning;
-            }
-            if (v <= kAlarmFloor && pass.level < HealthAlarm)
-                pass.level = HealthAlarm;
-
-            int alert = 0;
-            if (v <= kAlarmFloor)
-                alert = HealthAlarm;
-            else if (v <= attr.threshold)
-                alert = HealthWarning;
-            if (alert != 0) {
-                raiseAlert(pass, alert,
-                           QStringLiteral("Attribute %1 is %2").arg(attr.id).arg(levelName(alert)),
-                           QStringLiteral("Disk: %1  Serial: %2 Param(%3) has reached %4 level")
-                               .arg(disk.model, disk.serial, attr.name, levelName(alert)),
-                           QStringLiteral("  Param(%1) has reached %2 level\n").arg(attr.name, levelName(alert)),
-                           false);
-            }
-        }
-
-        disk.healthValue = percentage;
-        disk.healthState = pass.level;
-        line += QLatin1Char(' ') + QString::number(percentage) + QLatin1Char('%');
-
-        if (pass.level == HealthOk) {
-            disk.note = everythingOkNote;
-            line += QStringLiteral(" OK\n");
-            result.treeIcons[i] = kOkIcon;
-        } else {
-            disk.note = pass.statusHtml;
-            line += pass.level == HealthAlarm ? QStringLiteral(" A\n") : QStringLiteral(" W\n");
-            result.treeIcons[i] = pass.level == HealthAlarm ? kAlarmIcon : kWarningIcon;
+        QString line = HealthTexts::summaryHead(int(i));
+        DiskPass pass = evaluateDisk(disk, context, line);
+        line += HealthTexts::summaryTail(pass.percentage, pass.level);
+        result.treeIcons[i] = HealthTexts::treeIcon(pass.level);
+        if (pass.level != HealthOk) {
             overall = std::max(overall, pass.level);
-            pass.events.prepend(QStringLiteral("HD%1(%2) Health(%3%4)\n")
-                                    .arg(QString::number(i), disk.model, QString::number(percentage),
-                                         QStringLiteral("%")));
+            pass.events.prepend(HealthTexts::diskEventHead(int(i), disk, pass.percentage));
         }
         eventText += pass.events;
         summary += line;
@@ -202,15 +143,21 @@ HealthEvaluation HealthEvaluator::checkHealthStatus(QList<DiskRecord> &disks, co
     if (!eventText.isEmpty())
         eventText.chop(1);
 
-    result.overallLevel = HealthState(overall);
+    result.overallLevel = overall;
     result.traySummary = summary;
     result.eventText = eventText;
+    decideNotifications(result, settings, mail);
+    return result;
+}
 
+void HealthEvaluator::decideNotifications(HealthEvaluation &result, const AppSettings &settings,
+                                          const MailNotifier *mail)
+{
+    const HealthState overall = result.overallLevel;
     // Balloon and external task repeat on every poll while the level lasts.
     if (overall >= HealthWarning) {
         if (settings.pop_notif_enable)
-            result.popUp = HealthPopUp{overall == HealthAlarm ? QStringLiteral("Alarm") : QStringLiteral("Warning"),
-                                       HealthState(overall), eventText};
+            result.popUp = HealthPopUp{HealthTexts::popUpTitle(overall), overall, result.eventText};
         result.externalTask = overall == HealthAlarm ? settings.extCritTask : settings.extWarnTask;
     }
 
@@ -218,12 +165,11 @@ HealthEvaluation HealthEvaluator::checkHealthStatus(QList<DiskRecord> &disks, co
     result.levelChanged = overall != m_previousLevel;
     if (settings.eml_notif_enable && result.levelChanged) {
         if (!settings.isSmtpConfigured())
-            result.eventLines.append({EventLineKind::MailError, kNoSmtpParams});
+            addEventLine(result.eventLines, EventLineKind::MailError, HealthTexts::noSmtpParams());
         else if (mail && mail->isSending())
-            result.eventLines.append({EventLineKind::MailError, kMailInFlight});
+            addEventLine(result.eventLines, EventLineKind::MailError, HealthTexts::mailInFlight());
         else
-            result.mail = HealthMail{HealthState(overall), overall == HealthOk ? kAllOkMail : eventText};
+            result.mail = HealthMail{overall, overall == HealthOk ? HealthTexts::allOkMail() : result.eventText};
     }
-    m_previousLevel = HealthState(overall);
-    return result;
+    m_previousLevel = overall;
 }

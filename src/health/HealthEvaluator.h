@@ -28,5 +28,9 @@ public:
     HealthState previousLevel() const { return m_previousLevel; }
 
 private:
+    /// Fills in pop-up, external task and e-mail for the overall level of \a result, then
+    /// remembers that level for the next evaluation.
+    void decideNotifications(HealthEvaluation &result, const AppSettings &settings, const MailNotifier *mail);
+
     HealthState m_previousLevel = HealthUnknown;
 };

@@ -305,6 +305,21 @@ private slots:
         QVERIFY(!r.popUp.has_value());
         QCOMPARE(r.externalTask, QStringLiteral("crit.sh"));
     }
+
+    // Model and serial come from the disk: a control character in them must not split or
+    // forge an Events Log line.
+    void eventLinesStayOnOneLine()
+    {
+        QList<DiskRecord> disks{disk({temperature(60), attr(5, 5, 0)}, QStringLiteral("WDC\rWD10"),
+                                     QStringLiteral("A\n2099"))};
+        const HealthEvaluation r = evaluate(disks);
+        const QList<EventLine> expected{
+            {EventLineKind::Warning, QStringLiteral("Disk: WDC WD10  Serial: A 2099  Temperature is 60°C")},
+            {EventLineKind::Alarm,
+             QStringLiteral("Disk: WDC WD10  Serial: A 2099 Param(Attr5) has reached ALARM level")},
+        };
+        QCOMPARE(r.eventLines, expected);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestHealthEvaluation)

@@ -1,0 +1,51 @@
+#include "SmartReport.h"
+
+#include "TextLine.h"
+
+#include <QSaveFile>
+
+namespace SmartReport {
+
+QByteArray text(const QList<DiskRecord> &disks)
+{
+    QByteArray report;
+    for (const DiskRecord &disk : disks) {
+        // The model comes from the disk: a line break in it must not split the header.
+        report += QStringLiteral("Device %1 SMART Info (ID/Value/Raw Value/Worst/Treshold)\r\n")
+                      .arg(TextLine::oneLine(disk.model))
+                      .toLocal8Bit();
+        for (const SmartAttribute &a : disk.attributes) {
+            report += QStringLiteral("%1 %2 %3 %4 %5\r\n")
+                          .arg(QString::number(a.id), QString::number(a.current), QString::number(a.raw),
+                               QString::number(a.worst), QString::number(a.threshold))
+                          .toLocal8Bit();
+        }
+        report += "------------------------\r\n";
+    }
+    return report;
+}
+
+bool save(const QString &path, const QList<DiskRecord> &disks, QString *error)
+{
+    const QByteArray bytes = text(disks);
+    // The report goes to a temporary file that replaces the old one only once it is complete; an
+    // unfinished one is removed when the object goes.
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
+        return true;
+    if (error)
+        *error = file.errorString();
+    return false;
+}
+
+QString failedMessage(const QString &path)
+{
+    return QStringLiteral("Unable to create SMART info file\n") + path;
+}
+
+QString savedMessage(const QString &path)
+{
+    return QStringLiteral("SMART info file was saved like\n") + path;
+}
+
+} // namespace SmartReport

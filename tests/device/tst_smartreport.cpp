@@ -1,0 +1,133 @@
+#include "device/DiskRecord.h"
+#include "device/SmartReport.h"
+
+#include "TestFiles.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <unistd.h>
+
+namespace {
+
+DiskRecord disk(const QString &model, const QList<SmartAttribute> &attributes)
+{
+    DiskRecord d;
+    d.model = model;
+    d.attributes = attributes;
+    return d;
+}
+
+// Every field different, so that a swapped column shows.
+SmartAttribute row(quint32 id, quint32 current, qint64 raw, quint32 worst, quint32 threshold)
+{
+    SmartAttribute a;
+    a.id = id;
+    a.current = current;
+    a.raw = raw;
+    a.worst = worst;
+    a.threshold = threshold;
+    return a;
+}
+
+// Root may write into any folder: for a check of a folder that refuses, the test runs as
+// nobody for a while. Without root the folder's mode alone refuses.
+class Unprivileged
+{
+public:
+    Unprivileged() : m_dropped(::geteuid() == 0 && ::seteuid(65534) == 0) {}
+    ~Unprivileged()
+    {
+        if (m_dropped && ::seteuid(0) != 0)
+            qFatal("could not take root back");
+    }
+
+private:
+    bool m_dropped;
+};
+
+} // namespace
+
+class TestSmartReport : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void text_data()
+    {
+        QTest::addColumn<QList<DiskRecord>>("disks");
+        QTest::addColumn<QByteArray>("report");
+
+        QTest::newRow("no disks") << QList<DiskRecord>{} << QByteArray();
+        QTest::newRow("disk without rows")
+            << QList{disk(QStringLiteral("WDC WD10EZEX"), {})}
+            << QByteArray("Device WDC WD10EZEX SMART Info (ID/Value/Raw Value/Worst/Treshold)\r\n"
+                          "------------------------\r\n");
+        QTest::newRow("two disks")
+            << QList{disk(QStringLiteral("ST2000"), {row(1, 117, 0x123456789ABCLL, 99, 6), row(194, 36, 36, 52, 0)}),
+                     disk(QStringLiteral("%1 Disk"), {row(9, 98, 1503, 97, 0)})}
+            << QByteArray("Device ST2000 SMART Info (ID/Value/Raw Value/Worst/Treshold)\r\n"
+                          "1 117 20015998343868 99 6\r\n"
+                          "194 36 36 52 0\r\n"
+                          "------------------------\r\n"
+                          "Device %1 Disk SMART Info (ID/Value/Raw Value/Worst/Treshold)\r\n"
+                          "9 98 1503 97 0\r\n"
+                          "------------------------\r\n");
+        QTest::newRow("line break in the model")
+            << QList{disk(QStringLiteral("WDC\r\nWD10"), {})}
+            << QByteArray("Device WDC  WD10 SMART Info (ID/Value/Raw Value/Worst/Treshold)\r\n"
+                          "------------------------\r\n");
+    }
+    void text()
+    {
+        QFETCH(QList<DiskRecord>, disks);
+        QTEST(SmartReport::text(disks), "report");
+    }
+
+    // A shorter report over a longer one must not keep the old tail.
+    void saveReplacesTheWholeFile()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("SMARTinfo.txt"));
+        QVERIFY(TestFiles::write(path, QByteArray(4096, 'x')));
+
+        const QList<DiskRecord> disks{disk(QStringLiteral("ST2000"), {row(5, 100, 0, 100, 36)})};
+        QString error = QStringLiteral("untouched");
+        QVERIFY(SmartReport::save(path, disks, &error));
+        QCOMPARE(error, QStringLiteral("untouched"));
+        QCOMPARE(TestFiles::read(path), SmartReport::text(disks));
+        QVERIFY(SmartReport::save(path, {}, nullptr));
+        QCOMPARE(TestFiles::read(path), QByteArray());
+    }
+
+    void saveIntoAFolderThatRefusesKeepsTheOldFile()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("SMARTinfo.txt"));
+        QVERIFY(TestFiles::write(path, "old report\r\n"));
+        // The file itself may be written: only the folder refuses the new one.
+        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther
+                                                | QFile::WriteOther));
+        QVERIFY(QFile::setPermissions(dir.path(), QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther
+                                                      | QFile::ExeOther));
+
+        QString error;
+        bool saved = true;
+        {
+            Unprivileged nobody;
+            if (::geteuid() == 0)
+                QSKIP("root that may not become another user writes into any folder");
+            saved = SmartReport::save(path, {disk(QStringLiteral("ST2000"), {})}, &error);
+        }
+        QFile::setPermissions(dir.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QVERIFY(!saved);
+        QVERIFY(!error.isEmpty());
+        QCOMPARE(TestFiles::read(path), QByteArray("old report\r\n"));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("SMARTinfo.txt")});
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSmartReport)
+#include "tst_smartreport.moc"
