@@ -1,8 +1,7 @@
 #include "SmartReport.h"
 
 #include "TextLine.h"
-
-#include <QSaveFile>
+#include "WholeFile.h"
 
 namespace SmartReport {
 
@@ -27,15 +26,7 @@ QByteArray text(const QList<DiskRecord> &disks)
 
 bool save(const QString &path, const QList<DiskRecord> &disks, QString *error)
 {
-    const QByteArray bytes = text(disks);
-    // The report goes to a temporary file that replaces the old one only once it is complete; an
-    // unfinished one is removed when the object goes.
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
-        return true;
-    if (error)
-        *error = file.errorString();
-    return false;
+    return WholeFile::write(path, text(disks), error);
 }
 
 QString failedMessage(const QString &path)

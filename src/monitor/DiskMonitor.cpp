@@ -3,6 +3,7 @@
 #include "ATA_Smart.h"
 #include "BackgroundTask.h"
 
+#include "device/PowerOnTime.h"
 #include "device/TextLine.h"
 #include "device/VolumeMapper.h"
 #include "health/EventLogRecord.h"
@@ -14,23 +15,6 @@
 #include <QDir>
 
 #include <algorithm>
-
-namespace {
-
-// How the power-on count grows in the 125 s before the unit check, by unit:
-// hours barely move, minutes by about 2, half-minutes by about 4, seconds by 125.
-int unitFromGrowth(quint64 growth)
-{
-    if (growth < 2)
-        return 1;
-    if (growth < 4)
-        return 2;
-    if (growth < 11)
-        return 3;
-    return 4;
-}
-
-} // namespace
 
 DiskMonitor::DiskMonitor(std::shared_ptr<DriveBackend> backend, QObject *parent)
     : QObject(parent)
@@ -191,7 +175,7 @@ void DiskMonitor::settleUnits()
         if (disk.attributes.isEmpty() || disk.powerOnUnit == 0)
             continue;
         const quint64 growth = disk.powerOnRaw > disk.powerOnRawAtStart ? disk.powerOnRaw - disk.powerOnRawAtStart : 0;
-        disk.powerOnUnit = unitFromGrowth(growth);
+        disk.powerOnUnit = PowerOnTime::unitFromGrowth(growth);
         disk.powerOnUnitFixed = true;
         emit diskChanged(i, disk);
     }

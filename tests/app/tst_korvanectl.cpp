@@ -151,6 +151,12 @@ void TestKorvanectl::badArguments_data()
     QTest::newRow("empty home") << QStringList{"info", "--home="} << "--home needs a folder";
     QTest::newRow("interval beyond the timer") << QStringList{"info", "--interval", "2147484"} << "from 1 to 2147483";
     QTest::newRow("missing file") << QStringList{"info", "--simulate", "/nonexistent/disk.json"} << "/nonexistent/disk.json";
+    QTest::newRow("unknown format") << QStringList{"info", "--format", "xml"} << "--format is one of text, json, smartinfo";
+    QTest::newRow("two formats") << QStringList{"info", "--format=smartinfo", "--json"} << "ask for two formats";
+    QTest::newRow("info option for monitor") << QStringList{"monitor", "--output", "x"} << "--output is an option of info";
+    QTest::newRow("output that cannot be written")
+        << QStringList{"info", "--output", "/nonexistent/r.txt", "--simulate", TestEnv::demoDir()}
+        << "cannot write /nonexistent/r.txt";
 }
 
 void TestKorvanectl::badArguments()
@@ -200,6 +206,19 @@ void TestKorvanectl::demoDisksReport()
     }
     QVERIFY(volumesWithRoots);
     QVERIFY(diskWithoutSmart);
+
+    // The desktop program's "Save SMART info" report, into a file that is replaced whole.
+    QTemporaryDir dir;
+    const QString file = dir.filePath(QStringLiteral("SMARTinfo.txt"));
+    const Run saved = korvanectl({QStringLiteral("info"), QStringLiteral("--format"), QStringLiteral("smartinfo"),
+                                 QStringLiteral("--output"), file, QStringLiteral("--simulate"), TestEnv::demoDir()});
+    QCOMPARE(saved.exitCode, 0);
+    QVERIFY(saved.out.isEmpty());
+    QFile report(file);
+    QVERIFY(report.open(QIODevice::ReadOnly));
+    const QByteArray bytes = report.readAll();
+    QVERIFY(bytes.startsWith("Device Halvard HX1000-7K2 SMART Info (ID/Value/Raw Value/Worst/Treshold)\r\n1 200 0 200 51\r\n"));
+    QCOMPARE(bytes.count("------------------------\r\n"), qsizetype(disks.size()));
 
     const Run text = korvanectl({QStringLiteral("info"), QStringLiteral("--simulate"), TestEnv::demoDir()});
     QCOMPARE(text.exitCode, 0);

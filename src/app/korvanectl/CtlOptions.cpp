@@ -12,11 +12,19 @@ namespace {
 constexpr int kMaxIntervalSeconds = std::numeric_limits<int>::max() / 1000;
 
 const QStringList kCommands = {QStringLiteral("info"), QStringLiteral("monitor")};
+const QStringList kFormats = {QStringLiteral("text"), QStringLiteral("json"), QStringLiteral("smartinfo")};
 
 bool takesValue(const QString &option)
 {
     return option == QLatin1String("--simulate") || option == QLatin1String("--interval")
-        || option == QLatin1String("--home");
+        || option == QLatin1String("--home") || option == QLatin1String("--format")
+        || option == QLatin1String("--output");
+}
+
+bool isPath(const QString &option)
+{
+    return option == QLatin1String("--simulate") || option == QLatin1String("--home")
+        || option == QLatin1String("--output");
 }
 
 } // namespace
@@ -33,6 +41,9 @@ QString CtlOptions::usage()
         "\n"
         "options:\n"
         "  --json            print JSON instead of text (monitor: one object per poll)\n"
+        "  --format FORMAT   info: text, json, or smartinfo (the \"Save SMART info\"\n"
+        "                    report of the desktop program)\n"
+        "  --output FILE     info: write the report to FILE (whole or not at all)\n"
         "  --once            monitor: evaluate once and exit\n"
         "  --interval SECONDS  monitor: poll interval (default: from the settings)\n"
         "  --home DIR        monitor: folder of Korvane.ini and KV_f.log\n"
@@ -46,6 +57,7 @@ QString CtlOptions::usage()
 std::optional<CtlOptions> CtlOptions::parse(const QList<QByteArray> &arguments, QString *error)
 {
     CtlOptions options;
+    QString format; // as --format gave it
     auto fail = [error](const QString &why) -> std::optional<CtlOptions> {
         *error = why;
         return std::nullopt;
@@ -71,7 +83,7 @@ std::optional<CtlOptions> CtlOptions::parse(const QList<QByteArray> &arguments, 
         }
         QString value = QString::fromLocal8Bit(rawValue);
         // A path in another encoding than UTF-8 still names the user's file.
-        if (!rawValue.isEmpty() && (arg == QLatin1String("--simulate") || arg == QLatin1String("--home"))) {
+        if (!rawValue.isEmpty() && isPath(arg)) {
             QString why;
             value = UserPath::fromLocalBytes(rawValue, arg == QLatin1String("--home"), &why);
             if (value.isEmpty())
@@ -80,6 +92,14 @@ std::optional<CtlOptions> CtlOptions::parse(const QList<QByteArray> &arguments, 
 
         if (arg == QLatin1String("--json")) {
             options.json = true;
+        } else if (arg == QLatin1String("--format")) {
+            if (!kFormats.contains(value))
+                return fail(QStringLiteral("--format is one of %1; got \"%2\"").arg(kFormats.join(QStringLiteral(", ")), value));
+            format = value;
+        } else if (arg == QLatin1String("--output")) {
+            if (value.isEmpty())
+                return fail(QStringLiteral("--output needs a file"));
+            options.output = value;
         } else if (arg == QLatin1String("--simulate")) {
             if (value.isEmpty())
                 return fail(QStringLiteral("--simulate needs a path"));
@@ -116,6 +136,16 @@ std::optional<CtlOptions> CtlOptions::parse(const QList<QByteArray> &arguments, 
     }
     if (options.command.isEmpty())
         return fail(QStringLiteral("no command given"));
+    if (options.json && !format.isEmpty() && format != QLatin1String("json"))
+        return fail(QStringLiteral("--json and --format %1 ask for two formats").arg(format));
+    options.format = options.json ? QStringLiteral("json") : format.isEmpty() ? QStringLiteral("text") : format;
+    if (options.command != QLatin1String("info")) {
+        for (const auto &[given, name] : {std::pair{!format.isEmpty(), "--format"},
+                                          std::pair{!options.output.isEmpty(), "--output"}}) {
+            if (given)
+                return fail(QStringLiteral("%1 is an option of info, not of %2").arg(QLatin1String(name), options.command));
+        }
+    }
     // Options that only the monitor reads would otherwise be dropped without a word.
     if (options.command != QLatin1String("monitor")) {
         for (const auto &[given, name] : {std::pair{options.once, "--once"},

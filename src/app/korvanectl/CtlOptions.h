@@ -12,6 +12,8 @@ struct CtlOptions
 {
     QString command;          ///< "info", "monitor", "help" or "version"
     bool json = false;        ///< machine-readable output
+    QString format = QStringLiteral("text"); ///< info: "text", "json" or "smartinfo"
+    QString output;           ///< info: file to write the report to, whole or not at all
     QStringList simulate;     ///< --simulate paths, in the order given
     bool once = false;        ///< monitor: one evaluation, then exit
     int intervalSeconds = 0;  ///< monitor: poll interval; 0 = from the settings

@@ -5,9 +5,12 @@
 
 #include "device/AccessReport.h"
 #include "device/DiskJson.h"
+#include "device/SmartReport.h"
+#include "device/WholeFile.h"
 #include "monitor/ATA_Smart.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QJsonDocument>
 #include <QTextStream>
 #include <QTimer>
@@ -25,28 +28,25 @@ void readDisks(ATA_Smart &smart)
     QCoreApplication::exec();
 }
 
-} // namespace
-
-int run(const CtlOptions &options)
+// The report of \a disks in the format asked for.
+QByteArray report(const CtlOptions &options, const QList<DiskRecord> &disks, const ATA_Smart &smart)
 {
-    QTextStream out(stdout);
+    if (options.format == QLatin1String("json"))
+        return QJsonDocument(DiskJson::diskList(disks)).toJson(QJsonDocument::Indented);
+    if (options.format == QLatin1String("smartinfo"))
+        return SmartReport::text(disks);
+    if (disks.isEmpty())
+        return "No fixed ATA disks found.\n";
+    QString text;
+    for (int i = 0; i < disks.size(); ++i)
+        text += (i ? QStringLiteral("\n") : QString()) + TextReport::disk(disks.at(i), i, smart.timedOut(i)) + QLatin1Char('\n');
+    return text.toUtf8();
+}
+
+// What the user should know about disks that were not read.
+void reportProblems(const QList<DiskRecord> &disks, const ATA_Smart &smart)
+{
     QTextStream err(stderr);
-
-    bool filesRead = true;
-    QList<DiskRecord> disks;
-    ATA_Smart smart(CtlBackend::open(options.simulate, &filesRead), disks);
-    readDisks(smart);
-
-    if (options.json) {
-        out << QJsonDocument(DiskJson::diskList(disks)).toJson(QJsonDocument::Indented);
-    } else if (disks.isEmpty()) {
-        out << "No fixed ATA disks found.\n";
-    } else {
-        for (int i = 0; i < disks.size(); ++i)
-            out << (i ? "\n" : "") << TextReport::disk(disks.at(i), i, smart.timedOut(i)) << '\n';
-    }
-    out.flush();
-
     const int seconds = ATA_Smart::watchdogIntervalMs() / 1000;
     for (int i = 0; i < disks.size(); ++i) {
         if (smart.timedOut(i))
@@ -55,7 +55,30 @@ int run(const CtlOptions &options)
     }
     for (const QString &line : AccessReport::lines(smart.backend(), QCoreApplication::applicationFilePath()))
         err << "korvanectl: " << line << '\n';
-    return filesRead ? 0 : 2;
+}
+
+} // namespace
+
+int run(const CtlOptions &options)
+{
+    bool filesRead = true;
+    QList<DiskRecord> disks;
+    ATA_Smart smart(CtlBackend::open(options.simulate, &filesRead), disks);
+    readDisks(smart);
+
+    const QByteArray bytes = report(options, disks, smart);
+    bool written = true;
+    if (options.output.isEmpty()) {
+        QFile out;
+        written = out.open(stdout, QIODevice::WriteOnly) && out.write(bytes) == bytes.size();
+    } else {
+        QString error;
+        written = WholeFile::write(options.output, bytes, &error);
+        if (!written)
+            QTextStream(stderr) << "korvanectl: cannot write " << options.output << ": " << error << '\n';
+    }
+    reportProblems(disks, smart);
+    return filesRead && written ? 0 : 2;
 }
 
 } // namespace InfoCommand
