@@ -1,6 +1,7 @@
 #include "ATA_Smart.h"
 
 #include "BackgroundTask.h"
+#include "DetachedThreads.h"
 #include "SMART_thread.h"
 #include "SMART_timer.h"
 
@@ -60,8 +61,10 @@ void ATA_Smart::abandon(SMART_thread *thread)
     // Every worker deletes itself once it has finished, so one that is still
     // inside the drive needs nobody to wait for it, and our own destruction
     // must not take it along.
-    if (!thread->isFinished())
+    if (!thread->isFinished()) {
         thread->setParent(nullptr);
+        DetachedThreads::adopt(thread);
+    }
 }
 
 void ATA_Smart::releaseWorkers()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "DetachedThreads.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QThread>
@@ -57,6 +59,7 @@ QPointer<QThread> run(QObject *context, std::function<T()> work, std::function<v
             done(std::move(*value));
     });
     QObject::connect(thread, &QThread::finished, thread, &QObject::deleteLater);
+    DetachedThreads::adopt(thread);
     thread->start();
     return thread;
 }
