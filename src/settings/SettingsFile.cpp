@@ -1,5 +1,7 @@
 #include "SettingsFile.h"
 
+#include "device/TextLine.h"
+
 #include <QFile>
 #include <QSaveFile>
 
@@ -120,6 +122,15 @@ void parseLine(QString line, AppSettings &settings, QList<DiskSettings> &diskSet
     parseDiskLine(line, diskSettings);
 }
 
+// A serial as its disk line holds it. The serial comes from the disk: a line break would start a
+// line of its own, and since keys match anywhere in a line, a serial holding "extCritTask=" would
+// set that key from inside its disk line. Every key ends in "=", and a serial's "=" would end the
+// serial on reload anyway, so both become spaces.
+QString serialInFile(const QString &serial)
+{
+    return TextLine::oneLine(serial).replace(QLatin1Char('='), QLatin1Char(' '));
+}
+
 // A pair that cannot work (warning not below critical, or either outside what a disk survives)
 // falls back to the default pair rather than keeping half of it.
 void checkTemperaturePair(AppSettings &settings)
@@ -196,7 +207,7 @@ QByteArray SettingsFile::render(const AppSettings &s, const QList<DiskRecord> &d
     // Only the disks present now are remembered; entries of absent disks are dropped.
     for (const DiskRecord &disk : disks)
         content += QStringLiteral("disk[%1]=(%2,%3)\r\n")
-                       .arg(disk.serial, QString::number(int(disk.monitored)),
+                       .arg(serialInFile(disk.serial), QString::number(int(disk.monitored)),
                             QString::number(disk.powerOnUnit))
                        .toLocal8Bit();
     return content;
@@ -224,8 +235,10 @@ bool SettingsFile::save(const QString &path, const AppSettings &settings, const 
 
 void SettingsFile::applyDiskSettings(const QList<DiskSettings> &diskSettings, DiskRecord &disk)
 {
+    // Entries hold serials as render() wrote them.
+    const QString serial = serialInFile(disk.serial);
     for (const DiskSettings &entry : diskSettings) {
-        if (entry.serial != disk.serial)
+        if (entry.serial != serial)
             continue;
         disk.monitored = entry.monitored;
         // Never give a unit to a disk whose attribute 9 has none.

@@ -111,6 +111,9 @@ private slots:
         // A serial with placeholder text is written as it stands.
         QCOMPARE(EventLogRecord::smartBody(1, disk(QStringLiteral("%1%2"), 2, 50, -3, {7})),
                  QStringLiteral("SMART]![1]![%1%2]![2]![50]![-3~;7"));
+        // A serial cannot break the line and forge a record of its own.
+        QCOMPARE(EventLogRecord::smartBody(2, disk(QStringLiteral("A\n20991231235959]![X\r"), 1, 90, 30, {})),
+                 QStringLiteral("SMART]![2]![A 20991231235959]![X ]![1]![90]![30"));
     }
 
     void writeAppendsLinesInTheLocalEncoding()

@@ -180,6 +180,32 @@ private slots:
         QCOMPARE(results.join(QLatin1Char(' ')), QStringLiteral("S1:0,3 S2:1,0 S3:1,2 s1:0,1"));
     }
 
+    // A serial comes from the disk: whatever it holds, it stays on its disk line, sets nothing
+    // else, and its disk still finds that line.
+    void serialsStayOnTheirLine_data()
+    {
+        QTest::addColumn<QString>("serial");
+        QTest::newRow("plain") << "WD-WCAV12345678";
+        QTest::newRow("CR LF and a setting") << "S1\r\nextCritTask=rm -rf ~";
+        QTest::newRow("LF") << "S2\nS3";
+        QTest::newRow("a setting on the disk line") << "extCritTask=rm -rf ~";
+        QTest::newRow("other control characters") << QStringLiteral("S4\t\x1b\x7f") + QChar(0x85);
+    }
+    void serialsStayOnTheirLine()
+    {
+        QFETCH(QString, serial);
+        const AppSettings defaults;
+        AppSettings loaded;
+        QList<DiskSettings> entries;
+        SettingsFile::parse(SettingsFile::render(defaults, {disk(serial, false, 3)}), loaded, entries);
+        QCOMPARE(SettingsFile::render(loaded, {}), SettingsFile::render(defaults, {}));
+        QCOMPARE(entries.size(), 1);
+
+        DiskRecord record = disk(serial, true, 1);
+        SettingsFile::applyDiskSettings(entries, record);
+        QCOMPARE(std::pair(record.monitored, record.powerOnUnit), std::pair(false, 3));
+    }
+
     void defaultFileContent()
     {
         AppSettings settings;
