@@ -1,7 +1,9 @@
 #include "SettingsFile.h"
 
+#include "device/LocalFile.h"
 #include "device/TextLine.h"
 
+#include <QDir>
 #include <QFile>
 #include <QSaveFile>
 
@@ -14,6 +16,8 @@
 namespace {
 
 constexpr int AnyInt = std::numeric_limits<int>::max();
+// Far more than any settings file needs; what lies beyond it is not read.
+constexpr qsizetype kMaxFileSize = 1024 * 1024;
 
 // One key of the file. Exactly one of the three fields is set; an integer is stored only inside
 // [min, max], a bool only when the number is 0 or 1, a string only when it is not empty.
@@ -156,13 +160,40 @@ void SettingsFile::parse(const QByteArray &content, AppSettings &settings, QList
     checkTemperaturePair(settings);
 }
 
-bool SettingsFile::load(const QString &path, AppSettings &settings, QList<DiskSettings> &diskSettings)
+bool SettingsFile::load(const QString &path, AppSettings &settings, QList<DiskSettings> &diskSettings,
+                        QString *error)
 {
     diskSettings.clear();
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    const auto tell = [error](const QString &text) {
+        if (error)
+            *error = text;
+    };
+    tell(QString());
+    // A FIFO would block the open and a device such as /dev/zero never ends.
+    if (const QString what = LocalFile::notRegular(path); !what.isEmpty()) {
+        tell(QStringLiteral("The settings file %1 was not read: it is %2").arg(QDir::toNativeSeparators(path), what));
         return false;
-    parse(file.readAll(), settings, diskSettings);
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        if (file.exists()) // a missing file just means the defaults
+            tell(QStringLiteral("Cannot read the settings file %1: %2").arg(QDir::toNativeSeparators(path), file.errorString()));
+        return false;
+    }
+    QByteArray content = file.read(kMaxFileSize + 1);
+    if (file.error() != QFileDevice::NoError) {
+        tell(QStringLiteral("Cannot read the settings file %1: %2").arg(QDir::toNativeSeparators(path), file.errorString()));
+        return false;
+    }
+    if (content.size() > kMaxFileSize) {
+        // The line the limit cuts through is dropped too: half a value is a wrong value.
+        content.truncate(content.lastIndexOf('\n', kMaxFileSize - 1) + 1);
+        tell(QStringLiteral("The settings file %1 is %2 bytes long; only its first 1 MB (%3 bytes) was read")
+                 .arg(QDir::toNativeSeparators(path))
+                 .arg(file.size())
+                 .arg(kMaxFileSize));
+    }
+    parse(content, settings, diskSettings);
     return true;
 }
 
