@@ -3,6 +3,7 @@
 #include "simulated/SimulatedBackend.h"
 
 #include <QDir>
+#include <QFile>
 
 #if defined(Q_OS_LINUX)
 #include "linux/LinuxBackend.h"
@@ -10,7 +11,14 @@
 
 QStringList simulatePathsFromEnvironment()
 {
+#ifdef Q_OS_WIN
+    // The wide environment holds the names exactly as the file system does.
     const QString value = qEnvironmentVariable("KORVANE_SIMULATE");
+#else
+    // Bytes naming files: decoded the way file names are, so they name the file meant. Names
+    // that are not valid in that encoding cannot be carried and are reported when loading.
+    const QString value = QFile::decodeName(qgetenv("KORVANE_SIMULATE"));
+#endif
     return value.split(QDir::listSeparator(), Qt::SkipEmptyParts);
 }
 

@@ -1,6 +1,7 @@
 #include "TestEnv.h"
 
 #include "device/AtaCommandIssuer.h"
+#include "device/BackendFactory.h"
 #include "device/IdentifyDecoder.h"
 #include "device/SmartDecoder.h"
 #include "device/simulated/SimulatedBackend.h"
@@ -93,6 +94,8 @@ private slots:
     void descriptionOverDump();
     void loadErrors();
     void fifoIsRefused();
+    void fileNameBytes_data();
+    void fileNameBytes();
     void folderOrderAndNumbers();
     void volumes();
     void hangIsInterruptible();
@@ -367,6 +370,51 @@ void TestSimulatedBackend::fifoIsRefused()
     QCOMPARE(errors.size(), 2);
     QVERIFY2(errors[0].endsWith(QLatin1String("pipe.dump: is a FIFO (named pipe), not a regular file")), qPrintable(errors[0]));
     QVERIFY2(errors[1].contains(QLatin1String("pipe.dump: is a FIFO (named pipe), not a regular file")), qPrintable(errors[1]));
+}
+
+void TestSimulatedBackend::fileNameBytes_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<bool>("loads");
+    QTest::newRow("UTF-8") << QByteArray("caf\xC3\xA9.json") << true;
+    QTest::newRow("Latin-1") << QByteArray("caf\xE9.json") << false;
+}
+
+// A file name is bytes, and KORVANE_SIMULATE carries them as they are. File names are read as
+// UTF-8 whatever the locale: such a name loads through the environment, load() and its folder
+// alike; one that is not UTF-8 cannot be opened, and the message says so rather than "missing".
+void TestSimulatedBackend::fileNameBytes()
+{
+    QFETCH(QByteArray, name);
+    QFETCH(bool, loads);
+    QTemporaryDir dir;
+    const QByteArray path = QFile::encodeName(dir.path()) + '/' + name;
+    const int fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL, 0600); // a name Qt could not create
+    QVERIFY(fd >= 0);
+    const auto remove = qScopeGuard([&] { ::unlink(path.constData()); }); // nor remove
+    const QByteArray json = disk("N1");
+    QCOMPARE(::write(fd, json.constData(), size_t(json.size())), ssize_t(json.size()));
+    ::close(fd);
+
+    const QByteArray saved = qgetenv("KORVANE_SIMULATE");
+    qputenv("KORVANE_SIMULATE", path);
+    QStringList environmentErrors, loadErrors, folderErrors;
+    const std::unique_ptr<DriveBackend> viaEnvironment = createDriveBackend({}, &environmentErrors);
+    if (saved.isNull())
+        qunsetenv("KORVANE_SIMULATE");
+    else
+        qputenv("KORVANE_SIMULATE", saved);
+    const std::unique_ptr<DriveBackend> viaLoad = SimulatedBackend::load({QFile::decodeName(path)}, &loadErrors);
+    const std::unique_ptr<DriveBackend> viaFolder = SimulatedBackend::load({dir.path()}, &folderErrors);
+
+    for (const auto &[backend, errors] : {std::pair(viaEnvironment.get(), environmentErrors),
+                                          std::pair(viaLoad.get(), loadErrors), std::pair(viaFolder.get(), folderErrors)}) {
+        QCOMPARE(backend->openDisk("sim://0") != kNoHandle, loads);
+        QCOMPARE(errors.size(), loads ? 0 : 1);
+        if (!loads)
+            QVERIFY2(errors[0].contains(QLatin1String("caf")) && errors[0].contains(QLatin1String("not valid UTF-8")),
+                     qPrintable(errors[0]));
+    }
 }
 
 void TestSimulatedBackend::folderOrderAndNumbers()
