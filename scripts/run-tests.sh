@@ -49,7 +49,7 @@ ensure_packages "${KORVANE_BUILD_PACKAGES[@]}" "${KORVANE_TEST_PACKAGES[@]}"
 build_tree "$build_dir" "${cmake_args[@]}"
 
 # The folder the tests were configured with, which may come from an earlier run.
-testdata=$(sed -n 's/^KORVANE_TESTDATA:[A-Z]*=//p' "$build_dir/CMakeCache.txt")
+testdata=$(realpath -m "$(sed -n 's/^KORVANE_TESTDATA:[A-Z]*=//p' "$build_dir/CMakeCache.txt")")
 if [ ! -d "$testdata/smart-dumps" ]; then
     say "no real SMART dumps in $testdata/smart-dumps: the tests that read them will be skipped" \
         "(set KORVANE_TESTDATA to the folder that holds smart-dumps/)"
