@@ -169,27 +169,29 @@ bool SettingsFile::load(const QString &path, AppSettings &settings, QList<DiskSe
             *error = text;
     };
     tell(QString());
+    const QString name = QDir::toNativeSeparators(path);
     // A FIFO would block the open and a device such as /dev/zero never ends.
     if (const QString what = LocalFile::notRegular(path); !what.isEmpty()) {
-        tell(QStringLiteral("The settings file %1 was not read: it is %2").arg(QDir::toNativeSeparators(path), what));
+        tell(QStringLiteral("The settings file %1 was not read: it is %2").arg(name, what));
         return false;
     }
     QFile file(path);
+    const auto cannotRead = [&] { return QStringLiteral("Cannot read the settings file %1: %2").arg(name, file.errorString()); };
     if (!file.open(QIODevice::ReadOnly)) {
         if (file.exists()) // a missing file just means the defaults
-            tell(QStringLiteral("Cannot read the settings file %1: %2").arg(QDir::toNativeSeparators(path), file.errorString()));
+            tell(cannotRead());
         return false;
     }
     QByteArray content = file.read(kMaxFileSize + 1);
     if (file.error() != QFileDevice::NoError) {
-        tell(QStringLiteral("Cannot read the settings file %1: %2").arg(QDir::toNativeSeparators(path), file.errorString()));
+        tell(cannotRead());
         return false;
     }
     if (content.size() > kMaxFileSize) {
         // The line the limit cuts through is dropped too: half a value is a wrong value.
         content.truncate(content.lastIndexOf('\n', kMaxFileSize - 1) + 1);
         tell(QStringLiteral("The settings file %1 is %2 bytes long; only its first 1 MB (%3 bytes) was read")
-                 .arg(QDir::toNativeSeparators(path))
+                 .arg(name)
                  .arg(file.size())
                  .arg(kMaxFileSize));
     }

@@ -29,7 +29,7 @@ public:
     /// Writes render() to path through a temporary file and a rename, readable by its owner only.
     static bool save(const QString &path, const AppSettings &settings, const QList<DiskRecord> &disks);
     /// Applies the first entry whose serial equals disk.serial as render() writes it: its
-    /// monitoring flag, and its attribute-9
-    /// unit only when both the entry's and the disk's unit are already known.
+    /// monitoring flag, and its attribute-9 unit only when both the entry's and the disk's unit
+    /// are already known.
     static void applyDiskSettings(const QList<DiskSettings> &diskSettings, DiskRecord &disk);
 };
