@@ -1,8 +1,10 @@
 #include "BackendFactory.h"
 
+#include "UserPath.h"
 #include "simulated/SimulatedBackend.h"
 
 #include <QDir>
+#include <QFile>
 
 #if defined(Q_OS_LINUX)
 #include "linux/LinuxBackend.h"
@@ -10,8 +12,22 @@
 
 QStringList simulatePathsFromEnvironment()
 {
+#ifdef Q_OS_WIN
+    // The wide environment holds the names exactly as the file system does.
     const QString value = qEnvironmentVariable("KORVANE_SIMULATE");
     return value.split(QDir::listSeparator(), Qt::SkipEmptyParts);
+#else
+    // Bytes naming files: each made into a path that names the file meant. One that cannot be
+    // is passed on as Qt decodes it, and loading it says why it cannot be read.
+    QStringList paths;
+    for (const QByteArray &raw : qgetenv("KORVANE_SIMULATE").split(':')) {
+        if (raw.isEmpty())
+            continue;
+        const QString path = UserPath::fromLocalBytes(raw, false, nullptr);
+        paths << (path.isEmpty() ? QFile::decodeName(raw) : path);
+    }
+    return paths;
+#endif
 }
 
 std::unique_ptr<DriveBackend> createDriveBackend(const QStringList &simulatePaths, QStringList *errors)

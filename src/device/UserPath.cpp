@@ -5,6 +5,7 @@
 
 #if defined(Q_OS_LINUX)
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <filesystem>
 #include <system_error>
 #endif
@@ -77,22 +78,42 @@ QString fromLocalBytes(const QByteArray &bytes, bool createFolder, QString *erro
 {
     if (isValidUtf8(bytes))
         return QString::fromUtf8(bytes);
+    auto fail = [&](const QString &why) {
+        if (error)
+            *error = QStringLiteral("%1: %2").arg(displayName(bytes), why);
+        return QString();
+    };
 #if defined(Q_OS_LINUX)
     if (createFolder) {
         std::error_code ec;
         std::filesystem::create_directories(std::filesystem::path(bytes.toStdString()), ec);
     }
-    // The descriptor stays open: the path below is only valid while it is.
-    const int fd = ::open(bytes.constData(), O_PATH | O_CLOEXEC);
-    if (fd >= 0)
-        return QStringLiteral("/proc/self/fd/%1").arg(fd);
-    if (error)
-        *error = QStringLiteral("%1: %2").arg(displayName(bytes), QString::fromLocal8Bit(std::strerror(errno)));
+    // The descriptors stay open: the paths below are only valid while they are. The last
+    // part of the name is kept as text where it can be, for whoever looks at its suffix.
+    const qsizetype slash = bytes.lastIndexOf('/');
+    const QByteArray base = bytes.mid(slash + 1);
+    const QByteArray folder = slash < 0 ? QByteArray(".") : slash == 0 ? QByteArray("/") : bytes.left(slash);
+    int fd = -1;
+    QString rest;
+    if (!base.isEmpty() && isValidUtf8(base)) {
+        fd = ::open(folder.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+        rest = QLatin1Char('/') + QString::fromUtf8(base);
+    } else {
+        struct stat info = {};
+        if (::stat(bytes.constData(), &info) != 0)
+            return fail(QString::fromLocal8Bit(std::strerror(errno)));
+        // A folder is reached by its descriptor alone; a file's name is needed for its suffix.
+        if (!S_ISDIR(info.st_mode))
+            return fail(QStringLiteral("the name is not valid UTF-8, so the file cannot be opened; rename it"));
+        fd = ::open(bytes.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    }
+    if (fd < 0)
+        return fail(QString::fromLocal8Bit(std::strerror(errno)));
+    return QStringLiteral("/proc/self/fd/%1").arg(fd) + rest;
 #else
-    if (error)
-        *error = QStringLiteral("%1: the name is not valid UTF-8").arg(displayName(bytes));
+    Q_UNUSED(createFolder);
+    return fail(QStringLiteral("the name is not valid UTF-8"));
 #endif
-    return QString();
 }
 
 } // namespace UserPath

@@ -1,6 +1,7 @@
 #include "EventLogRecord.h"
 
 #include "device/DiskRecord.h"
+#include "device/TextLine.h"
 
 QString EventLogRecord::sessionStartedBody()
 {
@@ -14,9 +15,10 @@ QString EventLogRecord::sessionFinishedBody()
 
 QString EventLogRecord::smartBody(int diskIndex, const DiskRecord &disk)
 {
-    // The multi-argument arg() substitutes in one pass, so a serial holding "%1" stays as it is.
+    // The multi-argument arg() substitutes in one pass, so a serial holding "%1" stays as it is;
+    // the serial comes from the disk, and a line break in it would forge a record of its own.
     QString body = QStringLiteral("SMART]![%1]![%2]![%3]![%4]![")
-                       .arg(QString::number(diskIndex), disk.serial,
+                       .arg(QString::number(diskIndex), TextLine::oneLine(disk.serial),
                             QString::number(disk.healthState), QString::number(disk.healthValue));
     body += QString::number(disk.temperature);
     for (const SmartAttribute &a : disk.attributes) {

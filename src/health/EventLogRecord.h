@@ -19,8 +19,9 @@ struct EventLogRecord
     static QString sessionStartedBody();
     /// Body written after the event loop has returned.
     static QString sessionFinishedBody();
-    /// SMART body of disk \a diskIndex: level, percentage, temperature in degrees Celsius and
-    /// the current value of every attribute in the disk's order (ids are not written).
+    /// SMART body of disk \a diskIndex: serial (control characters as spaces), level,
+    /// percentage, temperature in degrees Celsius and the current value of every attribute in
+    /// the disk's order (ids are not written).
     static QString smartBody(int diskIndex, const DiskRecord &disk);
 
     /// The file line: yyyyMMdd and hhmmss run together, the separator, the body, a line feed.

@@ -1,12 +1,14 @@
 #include "EventLogWriter.h"
 
 #include "EventLogRecord.h"
+#include "LineAppender.h"
 #include "device/DiskRecord.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QFile>
 #include <QStringEncoder>
+
+#include <optional>
 
 EventLogWriter::EventLogWriter(const QString &path)
 {
@@ -16,6 +18,7 @@ EventLogWriter::EventLogWriter(const QString &path)
 void EventLogWriter::setPath(const QString &path)
 {
     m_path = QDir::toNativeSeparators(path);
+    m_endsMidLine = false;
 }
 
 QString EventLogWriter::path() const
@@ -23,22 +26,25 @@ QString EventLogWriter::path() const
     return m_path;
 }
 
-bool EventLogWriter::writeLog(const QString &body) const
+QString EventLogWriter::lastError() const
 {
-    QFile file(m_path);
-    if (m_path.isEmpty() || !file.open(QIODevice::WriteOnly | QIODevice::Append)) {
-        m_lastError = file.errorString();
+    return m_lastError;
+}
+
+bool EventLogWriter::writeLog(const QString &body)
+{
+    if (m_path.isEmpty()) {
+        m_lastError = QStringLiteral("No event log file is set");
         return false;
     }
-
     const EventLogRecord record{QDateTime::currentDateTime(), body};
     // Other programs read this file with the machine's own code page, not as UTF-8.
     QStringEncoder toLocal(QStringConverter::System);
     const QByteArray bytes = toLocal.encode(record.toLine());
-    const bool written = file.write(bytes) == bytes.size();
-    m_lastError = written ? QString() : file.errorString();
-    file.close();
-    return written;
+    const LineAppender::Result result = LineAppender::append(m_path, bytes, m_endsMidLine);
+    m_endsMidLine = result.endsMidLine;
+    m_lastError = result.error;
+    return result.written;
 }
 
 EventLogWriter::DiskSnapshot EventLogWriter::emptySnapshot(const DiskRecord &disk)
@@ -54,10 +60,16 @@ QStringList EventLogWriter::compareValues(const QList<DiskRecord> &disks)
 {
     // The statistics need one sample per poll, so every monitored disk is written whether or
     // not anything changed; the index stays the list position, leaving gaps for idle disks.
+    // The caller tells the user once per cause, so the batch keeps its first failure.
+    std::optional<QString> firstError;
     for (qsizetype i = 0; i < disks.size(); ++i) {
-        if (disks.at(i).monitored)
-            writeLog(EventLogRecord::smartBody(int(i), disks.at(i)));
+        if (!disks.at(i).monitored)
+            continue;
+        if (!writeLog(EventLogRecord::smartBody(int(i), disks.at(i))) && !firstError)
+            firstError = m_lastError;
     }
+    if (firstError)
+        m_lastError = *firstError;
 
     if (m_snapshots.size() != disks.size()) {
         m_snapshots.clear();

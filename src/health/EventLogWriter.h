@@ -9,6 +9,7 @@ struct DiskRecord;
 
 /// Appends lines to the event log file. The file is opened and closed for every line, so
 /// the statistics reader can read it at any time; nothing is held open between lines.
+/// Anything but a regular file (a FIFO, a device, a link to nothing) is refused unopened.
 class EventLogWriter
 {
 public:
@@ -20,15 +21,17 @@ public:
     /// The file, with native separators.
     QString path() const;
 
-    /// Stamps \a body with the current local time and appends it in the local 8-bit encoding.
-    /// Returns false when the file could not be opened or written; the line is then lost.
-    bool writeLog(const QString &body) const;
+    /// Stamps \a body with the current local time and appends it in the local 8-bit encoding,
+    /// with one write, on a line of its own. Returns false when the line could not be written
+    /// (wholly); lastError() then says why.
+    bool writeLog(const QString &body);
+    /// Why the last write failed, naming the file; empty after a success.
+    QString lastError() const;
 
     /// Writes one SMART record per monitored disk, then brings the per-disk snapshot of the
     /// last written values up to date. Returns, per disk, the changes found as "id=value,".
+    /// lastError() is left at the first failure among the records (empty when all went in).
     QStringList compareValues(const QList<DiskRecord> &disks);
-    /// Why the last write failed; empty after a success.
-    QString lastError() const { return m_lastError; }
 
 private:
     struct AttributeSnapshot
@@ -46,6 +49,8 @@ private:
     static DiskSnapshot emptySnapshot(const DiskRecord &disk);
 
     QString m_path;
-    mutable QString m_lastError;
+    QString m_lastError;
+    // Our own last write was cut short: used when the file's last byte cannot be read.
+    bool m_endsMidLine = false;
     QList<DiskSnapshot> m_snapshots;
 };

@@ -251,13 +251,12 @@ void DiskMonitor::noteLogResult()
     if (error.isEmpty() == !m_logFailing)
         return;
     m_logFailing = !error.isEmpty();
-    const QString file = QDir::toNativeSeparators(m_log.path());
     if (m_logFailing)
         emit notice({EventLineKind::Warning,
-                     QStringLiteral("The event log %1 cannot be written (%2); its records are lost until it can.")
-                         .arg(file, error)});
+                     QStringLiteral("%1; the event log's records are lost until it can be written.").arg(error)});
     else
-        emit notice({EventLineKind::Information, QStringLiteral("The event log %1 can be written again.").arg(file)});
+        emit notice({EventLineKind::Information, QStringLiteral("The event log %1 can be written again.")
+                                                     .arg(QDir::toNativeSeparators(m_log.path()))});
 }
 
 void DiskMonitor::onDiskTimedOut(int index)

@@ -1,5 +1,9 @@
 #include "SettingsFile.h"
 
+#include "device/LocalFile.h"
+#include "device/TextLine.h"
+
+#include <QDir>
 #include <QFile>
 #include <QSaveFile>
 
@@ -12,6 +16,8 @@
 namespace {
 
 constexpr int AnyInt = std::numeric_limits<int>::max();
+// Far more than any settings file needs; what lies beyond it is not read.
+constexpr qsizetype kMaxFileSize = 1024 * 1024;
 
 // One key of the file. Exactly one of the three fields is set; an integer is stored only inside
 // [min, max], a bool only when the number is 0 or 1, a string only when it is not empty.
@@ -120,6 +126,15 @@ void parseLine(QString line, AppSettings &settings, QList<DiskSettings> &diskSet
     parseDiskLine(line, diskSettings);
 }
 
+// A serial as its disk line holds it. The serial comes from the disk: a line break would start a
+// line of its own, and since keys match anywhere in a line, a serial holding "extCritTask=" would
+// set that key from inside its disk line. Every key ends in "=", and a serial's "=" would end the
+// serial on reload anyway, so both become spaces.
+QString serialInFile(const QString &serial)
+{
+    return TextLine::oneLine(serial).replace(QLatin1Char('='), QLatin1Char(' '));
+}
+
 // A pair that cannot work (warning not below critical, or either outside what a disk survives)
 // falls back to the default pair rather than keeping half of it.
 void checkTemperaturePair(AppSettings &settings)
@@ -145,13 +160,42 @@ void SettingsFile::parse(const QByteArray &content, AppSettings &settings, QList
     checkTemperaturePair(settings);
 }
 
-bool SettingsFile::load(const QString &path, AppSettings &settings, QList<DiskSettings> &diskSettings)
+bool SettingsFile::load(const QString &path, AppSettings &settings, QList<DiskSettings> &diskSettings,
+                        QString *error)
 {
     diskSettings.clear();
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    const auto tell = [error](const QString &text) {
+        if (error)
+            *error = text;
+    };
+    tell(QString());
+    const QString name = QDir::toNativeSeparators(path);
+    // A FIFO would block the open and a device such as /dev/zero never ends.
+    if (const QString what = LocalFile::notRegular(path); !what.isEmpty()) {
+        tell(QStringLiteral("The settings file %1 was not read: it is %2").arg(name, what));
         return false;
-    parse(file.readAll(), settings, diskSettings);
+    }
+    QFile file(path);
+    const auto cannotRead = [&] { return QStringLiteral("Cannot read the settings file %1: %2").arg(name, file.errorString()); };
+    if (!file.open(QIODevice::ReadOnly)) {
+        if (file.exists()) // a missing file just means the defaults
+            tell(cannotRead());
+        return false;
+    }
+    QByteArray content = file.read(kMaxFileSize + 1);
+    if (file.error() != QFileDevice::NoError) {
+        tell(cannotRead());
+        return false;
+    }
+    if (content.size() > kMaxFileSize) {
+        // The line the limit cuts through is dropped too: half a value is a wrong value.
+        content.truncate(content.lastIndexOf('\n', kMaxFileSize - 1) + 1);
+        tell(QStringLiteral("The settings file %1 is %2 bytes long; only its first 1 MB (%3 bytes) was read")
+                 .arg(name)
+                 .arg(file.size())
+                 .arg(kMaxFileSize));
+    }
+    parse(content, settings, diskSettings);
     return true;
 }
 
@@ -196,7 +240,7 @@ QByteArray SettingsFile::render(const AppSettings &s, const QList<DiskRecord> &d
     // Only the disks present now are remembered; entries of absent disks are dropped.
     for (const DiskRecord &disk : disks)
         content += QStringLiteral("disk[%1]=(%2,%3)\r\n")
-                       .arg(disk.serial, QString::number(int(disk.monitored)),
+                       .arg(serialInFile(disk.serial), QString::number(int(disk.monitored)),
                             QString::number(disk.powerOnUnit))
                        .toLocal8Bit();
     return content;
@@ -224,8 +268,10 @@ bool SettingsFile::save(const QString &path, const AppSettings &settings, const 
 
 void SettingsFile::applyDiskSettings(const QList<DiskSettings> &diskSettings, DiskRecord &disk)
 {
+    // Entries hold serials as render() wrote them.
+    const QString serial = serialInFile(disk.serial);
     for (const DiskSettings &entry : diskSettings) {
-        if (entry.serial != disk.serial)
+        if (entry.serial != serial)
             continue;
         disk.monitored = entry.monitored;
         // Never give a unit to a disk whose attribute 9 has none.

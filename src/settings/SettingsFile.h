@@ -15,15 +15,21 @@ class SettingsFile
 {
 public:
     /// Reads path into settings; diskSettings is cleared, then filled from the disk lines.
-    /// Values out of range leave the held value; an empty string never clears one. False when path cannot be read.
-    static bool load(const QString &path, AppSettings &settings, QList<DiskSettings> &diskSettings);
+    /// Values out of range leave the held value; an empty string never clears one.
+    /// False when nothing was read. \a error is set whenever the user should hear of it: path is
+    /// not a regular file, cannot be read (other than by being absent: that is silent), or is
+    /// longer than 1 MB, of which only the first MB is read (and true is returned).
+    static bool load(const QString &path, AppSettings &settings, QList<DiskSettings> &diskSettings,
+                     QString *error = nullptr);
     /// Parses file content as load() does (line ends may be LF or CR LF).
     static void parse(const QByteArray &content, AppSettings &settings, QList<DiskSettings> &diskSettings);
-    /// The file content for settings and the disks present now, in the local 8-bit encoding.
+    /// The file content for settings and the disks present now, in the local 8-bit encoding;
+    /// control characters and "=" in a serial are written as spaces, so it cannot set a key.
     static QByteArray render(const AppSettings &settings, const QList<DiskRecord> &disks);
     /// Writes render() to path through a temporary file and a rename, readable by its owner only.
     static bool save(const QString &path, const AppSettings &settings, const QList<DiskRecord> &disks);
-    /// Applies the first entry whose serial equals disk.serial: its monitoring flag, and its attribute-9
-    /// unit only when both the entry's and the disk's unit are already known.
+    /// Applies the first entry whose serial equals disk.serial as render() writes it: its
+    /// monitoring flag, and its attribute-9 unit only when both the entry's and the disk's unit
+    /// are already known.
     static void applyDiskSettings(const QList<DiskSettings> &diskSettings, DiskRecord &disk);
 };

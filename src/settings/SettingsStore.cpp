@@ -52,7 +52,7 @@ bool SettingsStore::load(QString *message)
 {
     if (message)
         message->clear();
-    const bool read = SettingsFile::load(settingsFilePath(), appSettings(), diskSettingsList());
+    const bool read = SettingsFile::load(settingsFilePath(), appSettings(), diskSettingsList(), message);
     emit settingsChanged();
     return read;
 }

@@ -339,9 +339,16 @@ void TestMonitorCommand::toldWhatCannotBeDone_data()
     QTest::addColumn<QString>("setUp"); // what stands in the home folder
     QTest::addColumn<QString>("message");
     QTest::newRow("event log is a folder") << QStringLiteral("log-folder")
-                                           << QStringLiteral("KV_f.log cannot be written");
+                                           << QStringLiteral("KV_f.log: it is a directory, not a regular file; the event "
+                                                             "log's records are lost");
     QTest::newRow("event log is a dangling link") << QStringLiteral("log-dangling")
-                                                  << QStringLiteral("KV_f.log cannot be written");
+                                                  << QStringLiteral("records are lost");
+    QTest::newRow("event log is a FIFO") << QStringLiteral("log-fifo")
+                                         << QStringLiteral("KV_f.log: it is a FIFO (named pipe), not a regular file");
+    QTest::newRow("settings file is a FIFO") << QStringLiteral("ini-fifo")
+                                             << QStringLiteral("Korvane.ini was not read: it is a FIFO");
+    QTest::newRow("settings file is /dev/zero") << QStringLiteral("ini-zero")
+                                                << QStringLiteral("Korvane.ini was not read: it is a character device");
     QTest::newRow("no disks") << QStringLiteral("no-disks") << QStringLiteral("no fixed ATA disks found");
 }
 
@@ -357,6 +364,12 @@ void TestMonitorCommand::toldWhatCannotBeDone()
         QVERIFY(QDir().mkpath(log));
     else if (setUp == QLatin1String("log-dangling"))
         QVERIFY(QFile::link(home.filePath(QStringLiteral("gone/KV_f.log")), log));
+    else if (setUp == QLatin1String("log-fifo"))
+        QCOMPARE(::mkfifo(QFile::encodeName(log).constData(), 0600), 0);
+    else if (setUp == QLatin1String("ini-fifo"))
+        QCOMPARE(::mkfifo(QFile::encodeName(home.filePath(QStringLiteral("Korvane.ini"))).constData(), 0600), 0);
+    else if (setUp == QLatin1String("ini-zero"))
+        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), home.filePath(QStringLiteral("Korvane.ini"))));
     if (setUp == QLatin1String("no-disks")) {
         QVERIFY(QDir().mkpath(home.filePath(QStringLiteral("empty"))));
         arguments << home.filePath(QStringLiteral("empty"));

@@ -388,6 +388,43 @@ private slots:
         QCOMPARE(roots, want);
     }
 
+    // Disks of kinds this backend does not read are named, one line each in name order; their
+    // partitions, eMMC boot areas, multipath paths and devices that are no disks are not.
+    void unsupportedDisks_data()
+    {
+        QTest::addColumn<QStringList>("entries"); // added below block/ to the tree of init()
+        QTest::addColumn<QStringList>("expected");
+
+        const auto line = [](const char *name, const char *kind) {
+            return QStringLiteral("/dev/%1: %2; Korvane reads ATA disks (/dev/sda to /dev/sdz) only").arg(name, kind);
+        };
+        QTest::newRow("ATA disks and a loop device") << QStringList{} << QStringList{};
+        QTest::newRow("NVMe namespaces in number order")
+            << QStringList{"nvme10n1", "nvme2n1", "nvme2n1/nvme2n1p1", "nvme0c0n1"}
+            << QStringList{line("nvme2n1", "an NVMe disk"), line("nvme10n1", "an NVMe disk")};
+        QTest::newRow("virtio and Xen") << QStringList{"vdb", "vdb/vdb1", "xvda", "xvda/xvda2"}
+                                        << QStringList{line("vdb", "a virtio disk"), line("xvda", "a Xen virtual disk")};
+        QTest::newRow("SD/eMMC with boot areas")
+            << QStringList{"mmcblk0", "mmcblk0/mmcblk0p1", "mmcblk0boot0", "mmcblk0boot1", "mmcblk0rpmb"}
+            << QStringList{line("mmcblk0", "an SD card or eMMC disk")};
+        QTest::newRow("no disks") << QStringList{"ram0", "zram0", "dm-0", "md127", "sr0", "fd0", "loop7", "nbd0"}
+                                  << QStringList{};
+    }
+    void unsupportedDisks()
+    {
+        QFETCH(QStringList, entries);
+        QFETCH(QStringList, expected);
+        for (const QString &entry : entries) {
+            writeFile(sys(QStringLiteral("block/%1/dev").arg(entry)), "259:0\n");
+            if (entry.contains(u'/'))
+                writeFile(sys(QStringLiteral("block/%1/partition").arg(entry)), "1\n");
+        }
+        QStringList lines;
+        for (const std::string &l : m_backend->unsupportedDisks())
+            lines << QString::fromStdString(l);
+        QCOMPARE(lines, expected);
+    }
+
     void sectorReads()
     {
         m_system->openResult["/dev/sda"] = 9;

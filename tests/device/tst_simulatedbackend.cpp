@@ -1,6 +1,7 @@
 #include "TestEnv.h"
 
 #include "device/AtaCommandIssuer.h"
+#include "device/BackendFactory.h"
 #include "device/IdentifyDecoder.h"
 #include "device/SmartDecoder.h"
 #include "device/simulated/SimulatedBackend.h"
@@ -11,8 +12,11 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <fcntl.h>
 #include <future>
 #include <numeric>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -89,6 +93,9 @@ private slots:
     void valuesChangeOverPolls();
     void descriptionOverDump();
     void loadErrors();
+    void fifoIsRefused();
+    void fileNameBytes_data();
+    void fileNameBytes();
     void folderOrderAndNumbers();
     void volumes();
     void hangIsInterruptible();
@@ -303,6 +310,7 @@ void TestSimulatedBackend::descriptionOverDump()
 
 void TestSimulatedBackend::loadErrors()
 {
+    const QByteArray identify = QByteArray("IDFY\0\0\x02\0", 8) + QByteArray(512, '\0');
     auto backend = loadFolder({{"a-good.json", disk("G1")},
                                {"b-syntax.json", "{\n  \"size\": 512,\n  \"identity\": {\"model\" \"X\"}\n}"},
                                {"c-field.json", disk("F1", R"("smart": {"attributes": [{"id": 5, "current": 300}]})")},
@@ -310,21 +318,103 @@ void TestSimulatedBackend::loadErrors()
                                {"e-nosize.json", R"({"identity": {"model": "X"}})"},
                                {"f-cut.dump", QByteArray("IDFY\0\0\x02\0", 8) + QByteArray(100, 'x')},
                                {"g-good.json", disk("G2")},
+                               {"h-short.dump", identify + QByteArray("SMDT\0\0\0\x64", 8) + QByteArray(100, '\0')},
+                               {"i-twice.dump", identify + identify},
+                               {"j-big.dump", identify + QByteArray(5000, '\0')},
+                               {"k-big.json", disk("B1").leftJustified(1048586, ' ')},
+                               {"l-garbled.dump", identify + QByteArray("\x01SM\n\0\0\x02\0", 8)},
                                {"README", "Notes about these disks.\n"},
                                {"notes.txt", "more notes\n"}},
-                              {QStringLiteral("/nonexistent/missing.json")});
+                              {QStringLiteral("/nonexistent/missing.json"), QStringLiteral("/dev/zero")});
     QCOMPARE(backend->diskCount(), 2);
-    QCOMPARE(m_errors.size(), 6);
+    // Each message names the file and what is wrong in its own words: a section by its name, the
+    // lengths in question, a file's own size.
     const QStringList expected = {
         "b-syntax.json: line 3, column",
         "c-field.json: smart.attributes[0].current: expected a whole number from 0 to 255, found 300",
         "d-unknown.json: behavior: unknown field",
         "e-nosize.json: size: missing",
-        "f-cut.dump: section",
+        "f-cut.dump: section \"IDFY\" declares 512 bytes, but only 100 are left in the file",
+        "h-short.dump: section \"SMDT\" is 100 bytes long; it must be 512",
+        "i-twice.dump: section \"IDFY\" appears twice",
+        "j-big.dump: is 5520 bytes long, too large for a SMART dump (at most 4095 bytes)",
+        "k-big.json: is 1048586 bytes long, too large for a disk description (at most 1 MiB)",
+        "l-garbled.dump: section \"\\x01SM\\x0a\" declares 512 bytes, but only 0 are left in the file",
         "missing.json: no such file or folder",
+        "/dev/zero: is a character device, not a regular file",
     };
+    QCOMPARE(m_errors.size(), expected.size());
     for (int i = 0; i < expected.size(); ++i)
         QVERIFY2(m_errors[i].contains(expected[i]), qPrintable(m_errors[i]));
+}
+
+// A FIFO named as a disk, or as the dump a description starts from, would block the open.
+void TestSimulatedBackend::fifoIsRefused()
+{
+    QTemporaryDir dir;
+    const QString fifo = dir.filePath(QStringLiteral("pipe.dump"));
+    QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    QFile description(dir.filePath(QStringLiteral("over.json")));
+    QVERIFY(description.open(QIODevice::WriteOnly) && description.write(R"({"dump": "pipe.dump"})") > 0);
+    description.close();
+
+    QStringList errors;
+    auto loading = std::async(std::launch::async, [&] { return SimulatedBackend::load({fifo, description.fileName()}, &errors); });
+    int blocked = 0;
+    while (loading.wait_for(std::chrono::seconds(5)) != std::future_status::ready) {
+        ::close(::open(QFile::encodeName(fifo).constData(), O_WRONLY | O_NONBLOCK)); // frees a blocked open
+        ++blocked;
+    }
+    QCOMPARE(loading.get()->diskCount(), 0);
+    QCOMPARE(blocked, 0);
+    QCOMPARE(errors.size(), 2);
+    QVERIFY2(errors[0].endsWith(QLatin1String("pipe.dump: is a FIFO (named pipe), not a regular file")), qPrintable(errors[0]));
+    QVERIFY2(errors[1].contains(QLatin1String("pipe.dump: is a FIFO (named pipe), not a regular file")), qPrintable(errors[1]));
+}
+
+void TestSimulatedBackend::fileNameBytes_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<bool>("loads");
+    QTest::newRow("UTF-8") << QByteArray("caf\xC3\xA9.json") << true;
+    QTest::newRow("Latin-1") << QByteArray("caf\xE9.json") << false;
+}
+
+// A file name is bytes, and KORVANE_SIMULATE carries them as they are. File names are read as
+// UTF-8 whatever the locale: such a name loads through the environment, load() and its folder
+// alike; one that is not UTF-8 cannot be opened, and the message says so rather than "missing".
+void TestSimulatedBackend::fileNameBytes()
+{
+    QFETCH(QByteArray, name);
+    QFETCH(bool, loads);
+    QTemporaryDir dir;
+    const QByteArray path = QFile::encodeName(dir.path()) + '/' + name;
+    const int fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_EXCL, 0600); // a name Qt could not create
+    QVERIFY(fd >= 0);
+    const auto remove = qScopeGuard([&] { ::unlink(path.constData()); }); // nor remove
+    const QByteArray json = disk("N1");
+    QCOMPARE(::write(fd, json.constData(), size_t(json.size())), ssize_t(json.size()));
+    ::close(fd);
+
+    const QByteArray saved = qgetenv("KORVANE_SIMULATE");
+    qputenv("KORVANE_SIMULATE", path);
+    QStringList environmentErrors, loadErrors, folderErrors;
+    const std::unique_ptr<DriveBackend> viaEnvironment = createDriveBackend({}, &environmentErrors);
+    if (saved.isNull())
+        qunsetenv("KORVANE_SIMULATE");
+    else
+        qputenv("KORVANE_SIMULATE", saved);
+    const std::unique_ptr<DriveBackend> viaLoad = SimulatedBackend::load({QFile::decodeName(path)}, &loadErrors);
+    const std::unique_ptr<DriveBackend> viaFolder = SimulatedBackend::load({dir.path()}, &folderErrors);
+
+    for (const auto &[backend, errors] : {std::pair(viaEnvironment.get(), environmentErrors),
+                                          std::pair(viaLoad.get(), loadErrors), std::pair(viaFolder.get(), folderErrors)}) {
+        QCOMPARE(backend->openDisk("sim://0") != kNoHandle, loads);
+        QCOMPARE(errors.size(), loads ? 0 : 1);
+        if (!loads)
+            QVERIFY2(errors[0].contains(QLatin1String("caf")) && errors[0].contains(QLatin1String("not valid UTF-8")),
+                     qPrintable(errors[0]));
+    }
 }
 
 void TestSimulatedBackend::folderOrderAndNumbers()

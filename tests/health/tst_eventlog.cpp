@@ -2,10 +2,18 @@
 #include "health/EventLogRecord.h"
 #include "health/EventLogWriter.h"
 
+#include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <fcntl.h>
+#include <future>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -44,6 +52,42 @@ QStringList bodiesIn(const QString &path, const QDateTime &since = QDateTime::cu
     return bodies;
 }
 
+// What each line of \a path is: "record" (a whole line with \a body), "cut" (the start of such a
+// line and nothing else) or the line itself when it is neither, say two records glued together.
+QStringList lineShapes(const QString &path, const QString &body)
+{
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly))
+        return {QStringLiteral("<unreadable>")};
+    const QByteArray whole = QByteArray("YYYYMMDDhhmmss]![") + body.toLocal8Bit();
+    static const QRegularExpression stamp(QStringLiteral("^\\d{0,14}$"));
+    QStringList shapes;
+    for (const QByteArray &line : f.readAll().split('\n')) {
+        const bool stamped = stamp.match(QString::fromLatin1(line.left(14))).hasMatch();
+        if (stamped && line.size() == whole.size() && line.mid(14) == whole.mid(14))
+            shapes << QStringLiteral("record");
+        else if (stamped && line.size() < whole.size() && line.mid(14) == whole.mid(14, qMax(line.size() - 14, 0)))
+            shapes << (line.isEmpty() ? QStringLiteral("end") : QStringLiteral("cut"));
+        else
+            shapes << QString::fromLocal8Bit(line);
+    }
+    return shapes;
+}
+
+// Calls writeLog on another thread; a writer stuck in open() on a FIFO is freed by opening the
+// FIFO's other end, so the test fails instead of hanging.
+bool writeLogWithin(EventLogWriter &writer, const QString &body, bool *returned)
+{
+    auto done = std::async(std::launch::async, [&] { return writer.writeLog(body); });
+    *returned = done.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
+    if (!*returned) {
+        const int fd = ::open(QFile::encodeName(writer.path()).constData(), O_RDONLY | O_NONBLOCK);
+        done.wait();
+        ::close(fd);
+    }
+    return done.get();
+}
+
 } // namespace
 
 class TestEventLog : public QObject
@@ -67,6 +111,9 @@ private slots:
         // A serial with placeholder text is written as it stands.
         QCOMPARE(EventLogRecord::smartBody(1, disk(QStringLiteral("%1%2"), 2, 50, -3, {7})),
                  QStringLiteral("SMART]![1]![%1%2]![2]![50]![-3~;7"));
+        // A serial cannot break the line and forge a record of its own.
+        QCOMPARE(EventLogRecord::smartBody(2, disk(QStringLiteral("A\n20991231235959]![X\r"), 1, 90, 30, {})),
+                 QStringLiteral("SMART]![2]![A 20991231235959]![X ]![1]![90]![30"));
     }
 
     void writeAppendsLinesInTheLocalEncoding()
@@ -95,15 +142,95 @@ private slots:
         QCOMPARE(bodiesIn(path, start).mid(1), (QStringList{EventLogRecord::sessionStartedBody(), body}));
     }
 
-    void unwritablePathLosesTheLineQuietly()
+    // Places the log cannot go: the writer refuses them without opening anything, says why
+    // naming the file, and creates nothing.
+    void unusablePlaces_data()
     {
-        EventLogWriter inMissingDir(m_dir.filePath(QStringLiteral("no/such/dir/KV_f.log")));
-        QVERIFY(!inMissingDir.writeLog(EventLogRecord::sessionStartedBody()));
-        QVERIFY(!QFile::exists(inMissingDir.path()));
-        QVERIFY(!EventLogWriter(m_dir.path()).writeLog(EventLogRecord::sessionStartedBody()));
-        QVERIFY(!EventLogWriter().writeLog(EventLogRecord::sessionStartedBody()));
+        QTest::addColumn<QString>("place");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("missing folder") << "no/such/dir/KV_f.log" << "the folder";
+        QTest::newRow("folder") << "." << "a directory, not a regular file";
+        QTest::newRow("FIFO") << "fifo" << "a FIFO (named pipe), not a regular file";
+        QTest::newRow("link to a device") << "null" << "a character device, not a regular file";
+        QTest::newRow("link to nothing") << "dangling" << "a symbolic link to";
+        QTest::newRow("no path") << "" << "No event log file is set";
+    }
+    void unusablePlaces()
+    {
+        QFETCH(QString, place);
+        QFETCH(QString, reason);
+        QTemporaryDir dir;
+        const QString path = place.isEmpty() ? QString() : dir.filePath(place);
+        QCOMPARE(::mkfifo(QFile::encodeName(dir.filePath(QStringLiteral("fifo"))).constData(), 0600), 0);
+        QVERIFY(QFile::link(QStringLiteral("/dev/null"), dir.filePath(QStringLiteral("null"))));
+        QVERIFY(QFile::link(dir.filePath(QStringLiteral("gone/KV_f.log")), dir.filePath(QStringLiteral("dangling"))));
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("gone")));
+        const QStringList before = QDir(dir.path()).entryList(QDir::AllEntries | QDir::System, QDir::Name);
+
+        EventLogWriter writer(path);
+        bool returned = false;
+        QVERIFY(!writeLogWithin(writer, EventLogRecord::sessionStartedBody(), &returned));
+        QVERIFY2(returned, "writeLog blocked");
+        QVERIFY2(writer.lastError().contains(reason), qPrintable(writer.lastError()));
+        QVERIFY2(writer.lastError().contains(QDir::toNativeSeparators(path)), qPrintable(writer.lastError()));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::System, QDir::Name), before);
+        QVERIFY(QDir(dir.filePath(QStringLiteral("gone"))).isEmpty());
         // The evaluation's records go nowhere, and nothing else breaks.
-        QCOMPARE(inMissingDir.compareValues({disk(QStringLiteral("A"), 1, 100, 30, {100})}), QStringList{"1=100,"});
+        QCOMPARE(writer.compareValues({disk(QStringLiteral("A"), 1, 100, 30, {100})}), QStringList{"1=100,"});
+        QVERIFY(writer.lastError().contains(reason));
+    }
+
+    // Over the file size limit a write stops short (the process must not be killed for it); the
+    // record after it starts on a line of its own, and a success clears the error.
+    void fileSizeLimitCutsOneRecord()
+    {
+        const QString path = m_dir.filePath(QStringLiteral("limited.log"));
+        const QString body = EventLogRecord::sessionStartedBody();
+        EventLogWriter writer(path);
+        QVERIFY(writer.writeLog(body));
+        struct rlimit saved {};
+        QCOMPARE(::getrlimit(RLIMIT_FSIZE, &saved), 0);
+        struct rlimit tight = saved;
+        tight.rlim_cur = rlim_t(QFileInfo(path).size() + 10);
+        QCOMPARE(::setrlimit(RLIMIT_FSIZE, &tight), 0);
+        const bool written = writer.writeLog(body);
+        const bool again = writer.writeLog(body);
+        QCOMPARE(::setrlimit(RLIMIT_FSIZE, &saved), 0);
+
+        QVERIFY(!written && !again);
+        QVERIFY2(writer.lastError().contains(QStringLiteral("file size limit")), qPrintable(writer.lastError()));
+        QVERIFY(writer.lastError().contains(QDir::toNativeSeparators(path)));
+        QVERIFY(writer.writeLog(body));
+        QVERIFY(writer.lastError().isEmpty());
+        QCOMPARE(lineShapes(path, body), (QStringList{"record", "cut", "record", "end"}));
+    }
+
+    // A full disk cuts a record short; once there is room again the next record starts on a new
+    // line instead of being glued to the cut one. Needs a small file system of its own.
+    void fullDiskCutsOneRecord()
+    {
+        QTemporaryDir dir;
+        if (::mount("tmpfs", QFile::encodeName(dir.path()).constData(), "tmpfs", 0, "size=8k") != 0)
+            QSKIP("cannot mount a small tmpfs here (needs root)");
+        const auto unmount = qScopeGuard([&] { ::umount2(QFile::encodeName(dir.path()).constData(), MNT_DETACH); });
+        QFile pad(dir.filePath(QStringLiteral("pad")));
+        QVERIFY(pad.open(QIODevice::WriteOnly) && pad.write("x") == 1); // one of the two pages
+        pad.close();
+
+        const QString body = EventLogRecord::smartBody(0, disk(QStringLiteral("FULL-1"), 1, 100, 36, {100, 200}));
+        EventLogWriter writer(dir.filePath(QStringLiteral("KV_f.log")));
+        int records = 0;
+        while (records < 1000 && writer.writeLog(body))
+            ++records;
+        QVERIFY2(writer.lastError().contains(QStringLiteral("the disk is full")), qPrintable(writer.lastError()));
+        QVERIFY(writer.lastError().contains(writer.path()));
+        QVERIFY(!writer.writeLog(body));
+        QVERIFY(pad.remove());
+        QVERIFY(writer.writeLog(body));
+
+        QStringList expected(records, QStringLiteral("record"));
+        expected << QStringLiteral("cut") << QStringLiteral("record") << QStringLiteral("end");
+        QCOMPARE(lineShapes(writer.path(), body), expected);
     }
 
     // Every monitored disk is written on every poll under its list position; changes are per disk.
@@ -132,6 +259,7 @@ private slots:
         disks[3].attributes.append(disks[3].attributes[0]);
         disks[3].attributes[1].id = 5;
         QCOMPARE(writer.compareValues(disks), (QStringList{"", "", "", "1=100,5=100,"}));
+        QVERIFY(writer.lastError().isEmpty());
     }
 };
 

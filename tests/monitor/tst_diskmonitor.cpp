@@ -202,7 +202,7 @@ private slots:
         QCOMPARE(notices.count(), 1);
         const EventLine lost = notices.at(0).at(0).value<EventLine>();
         QCOMPARE(lost.kind, EventLineKind::Warning);
-        QVERIFY2(lost.text.contains(QLatin1String("cannot be written")) && lost.text.contains(QDir::toNativeSeparators(log)),
+        QVERIFY2(lost.text.contains(QLatin1String("records are lost until it can be written")) && lost.text.contains(QDir::toNativeSeparators(log)),
                  qPrintable(lost.text));
 
         QVERIFY(QDir(log).removeRecursively());

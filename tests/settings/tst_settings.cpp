@@ -5,14 +5,16 @@
 #include "settings/SettingsStore.h"
 
 #include <QDir>
-#include <QSignalSpy>
 #include <QFile>
+#include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <future>
 #include <limits>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -189,6 +191,32 @@ private slots:
         QCOMPARE(results.join(QLatin1Char(' ')), QStringLiteral("S1:0,3 S2:1,0 S3:1,2 s1:0,1"));
     }
 
+    // A serial comes from the disk: whatever it holds, it stays on its disk line, sets nothing
+    // else, and its disk still finds that line.
+    void serialsStayOnTheirLine_data()
+    {
+        QTest::addColumn<QString>("serial");
+        QTest::newRow("plain") << "WD-WCAV12345678";
+        QTest::newRow("CR LF and a setting") << "S1\r\nextCritTask=rm -rf ~";
+        QTest::newRow("LF") << "S2\nS3";
+        QTest::newRow("a setting on the disk line") << "extCritTask=rm -rf ~";
+        QTest::newRow("other control characters") << QStringLiteral("S4\t\x1b\x7f") + QChar(0x85);
+    }
+    void serialsStayOnTheirLine()
+    {
+        QFETCH(QString, serial);
+        const AppSettings defaults;
+        AppSettings loaded;
+        QList<DiskSettings> entries;
+        SettingsFile::parse(SettingsFile::render(defaults, {disk(serial, false, 3)}), loaded, entries);
+        QCOMPARE(SettingsFile::render(loaded, {}), SettingsFile::render(defaults, {}));
+        QCOMPARE(entries.size(), 1);
+
+        DiskRecord record = disk(serial, true, 1);
+        SettingsFile::applyDiskSettings(entries, record);
+        QCOMPARE(std::pair(record.monitored, record.powerOnUnit), std::pair(false, 3));
+    }
+
     void defaultFileContent()
     {
         AppSettings settings;
@@ -251,6 +279,71 @@ private slots:
         QVERIFY(!SettingsFile::load(dir.filePath(QStringLiteral("absent.ini")), loaded, entries));
         QVERIFY(entries.isEmpty());
         QVERIFY(!SettingsFile::save(dir.filePath(QStringLiteral("missing/Korvane.ini")), AppSettings{}, {}));
+    }
+
+    // What load() refuses, what it says and what it still reads. A FIFO would block the open and
+    // /dev/zero never ends; a long file is read up to 1 MB, less the line the limit cuts through.
+    void loadTellsWhatIsWrong_data()
+    {
+        constexpr int MB = 1024 * 1024;
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("content"); // written to name when not empty
+        QTest::addColumn<bool>("read");
+        QTest::addColumn<QString>("error");    // part of the message; empty: no message
+        QTest::addColumn<QString>("expected"); // poll_time,poll_period afterwards
+
+        QByteArray overMB = QByteArray("poll_time=7\r\n").leftJustified(MB - 12, '#');
+        overMB += "poll_time=12345\r\npoll_period=2\r\n";
+        QByteArray oneMB = QByteArray("poll_time=7\r\n").leftJustified(MB - 15, '#') + "\npoll_period=2\n";
+
+        const QByteArray none;
+        QTest::newRow("missing") << "absent.ini" << none << false << "" << "5,1";
+        QTest::newRow("FIFO") << "fifo" << none << false << "is a FIFO (named pipe), not a regular file" << "5,1";
+        QTest::newRow("link to /dev/zero") << "zero" << none << false << "is a character device, not a regular file"
+                                           << "5,1";
+        QTest::newRow("folder") << "folder" << none << false << "is a directory, not a regular file" << "5,1";
+        QTest::newRow("link to nothing") << "dangling" << none << false << "is a symbolic link to" << "5,1";
+        QTest::newRow("1 MB") << "Korvane.ini" << oneMB << true << "" << "7,2";
+        QTest::newRow("over 1 MB") << "Korvane.ini" << overMB << true
+                                   << QStringLiteral("is %1 bytes long; only its first 1 MB (1048576 bytes) was read")
+                                          .arg(overMB.size())
+                                   << "7,1";
+    }
+    void loadTellsWhatIsWrong()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, content);
+        QFETCH(bool, read);
+        QFETCH(QString, error);
+        QFETCH(QString, expected);
+        QTemporaryDir dir;
+        QCOMPARE(::mkfifo(QFile::encodeName(dir.filePath(QStringLiteral("fifo"))).constData(), 0600), 0);
+        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), dir.filePath(QStringLiteral("zero"))));
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("folder")));
+        QVERIFY(QFile::link(dir.filePath(QStringLiteral("gone.ini")), dir.filePath(QStringLiteral("dangling"))));
+        const QString path = dir.filePath(name);
+        if (!content.isEmpty())
+            QVERIFY(writeFile(path, content));
+
+        AppSettings settings;
+        QList<DiskSettings> entries{DiskSettings{}};
+        QString message = QStringLiteral("stale");
+        auto loading = std::async(std::launch::async, [&] { return SettingsFile::load(path, settings, entries, &message); });
+        if (loading.wait_for(std::chrono::seconds(5)) != std::future_status::ready) {
+            // A writer that comes and goes frees the open, and the read then ends.
+            ::close(::open(QFile::encodeName(path).constData(), O_WRONLY | O_NONBLOCK));
+            loading.wait();
+            QFAIL("load() blocked");
+        }
+        QCOMPARE(loading.get(), read);
+        QVERIFY(entries.isEmpty());
+        QCOMPARE(savedValues(settings, QStringLiteral("poll_time,poll_period")), expected);
+        if (error.isEmpty()) {
+            QCOMPARE(message, QString());
+        } else {
+            QVERIFY2(message.contains(error), qPrintable(message));
+            QVERIFY2(message.contains(path), qPrintable(message));
+        }
     }
 
     void paths()

@@ -136,6 +136,18 @@ std::string LinuxBackend::accessAdvice(const std::string &program) const
            "sudo setcap cap_sys_rawio,cap_dac_override+ep " + program;
 }
 
+std::vector<std::string> LinuxBackend::unsupportedDisks() const
+{
+    std::vector<std::string> lines;
+    for (const SysfsBlock::Device &device : SysfsBlock::scan(m_env.sysRoot)) {
+        const std::string kind = device.partition ? std::string() : SysfsBlock::unsupportedKind(device.name);
+        if (!kind.empty())
+            lines.push_back(m_env.deviceDir + "/" + device.name + ": " + kind
+                            + "; Korvane reads ATA disks (/dev/sda to /dev/sdz) only");
+    }
+    return lines;
+}
+
 void LinuxBackend::noteOpen(const std::string &path, int error)
 {
     std::lock_guard lock(m_mutex);

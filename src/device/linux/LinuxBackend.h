@@ -34,6 +34,8 @@ public:
     std::vector<std::string> accessProblems() const override;
     /// Root, or the two capabilities for \a program.
     std::string accessAdvice(const std::string &program) const override;
+    /// NVMe, virtio, Xen and SD/eMMC disks the kernel lists, one line each.
+    std::vector<std::string> unsupportedDisks() const override;
 
     std::string diskPath(int probe) const override;
     DiskHandle openDisk(const std::string &path) override;

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -100,6 +101,23 @@ std::optional<Device> disk(const std::string &sysRoot, const std::string &name)
     if (!fs::exists(dir, ec))
         return std::nullopt;
     return describe(dir, name);
+}
+
+std::string unsupportedKind(const std::string &name)
+{
+    // Whole disks only: nvme0c0n1 is one controller's path to a namespace, and names with a
+    // further part (nvme0n1p1, vda1, mmcblk0p1, mmcblk0boot0) are partitions or boot areas.
+    static const std::pair<std::regex, const char *> kinds[] = {
+        {std::regex("nvme[0-9]+n[0-9]+"), "an NVMe disk"},
+        {std::regex("vd[a-z]+"), "a virtio disk"},
+        {std::regex("xvd[a-z]+"), "a Xen virtual disk"},
+        {std::regex("mmcblk[0-9]+"), "an SD card or eMMC disk"},
+    };
+    for (const auto &[pattern, kind] : kinds) {
+        if (std::regex_match(name, pattern))
+            return kind;
+    }
+    return {};
 }
 
 int diskIndex(const std::string &name)

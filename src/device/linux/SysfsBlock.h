@@ -27,6 +27,10 @@ struct Device
 std::vector<Device> scan(const std::string &sysRoot);
 /// The disk \a name alone (no partitions), or nothing when the kernel has no such disk.
 std::optional<Device> disk(const std::string &sysRoot, const std::string &name);
+/// What kind of disk the kernel name \a name is when it is one Korvane does not read ("an NVMe
+/// disk" for nvme0n1, virtio vda, Xen xvda, SD/eMMC mmcblk0); empty for any other name,
+/// partitions and the eMMC boot and RPMB areas included.
+std::string unsupportedKind(const std::string &name);
 /// Probe index of a SCSI disk name: sda 0 .. sdz 25, sdaa 26 ...; -1 for other names.
 int diskIndex(const std::string &name);
 /// Orders kernel names so that digit runs compare by value and letter runs by length first.

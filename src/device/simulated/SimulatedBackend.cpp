@@ -4,6 +4,7 @@
 #include "SimulatedDiskReader.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QSet>
 
@@ -12,6 +13,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstring>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -71,6 +73,29 @@ std::optional<LoadedDisk> readFile(const QFileInfo &file, bool description, cons
     return LoadedDisk{std::move(*disk), description};
 }
 
+// File names reach Korvane as UTF-8: bytes that are not valid UTF-8 arrive as U+FFFD and no
+// longer name the file, which then can be neither listed nor opened.
+QString notUtf8()
+{
+    return QStringLiteral("the name is not valid UTF-8 (shown with %1), so the file cannot be opened; rename it")
+        .arg(QChar(QChar::ReplacementCharacter));
+}
+
+#ifdef Q_OS_UNIX
+// A folder listing passes over such names without a word; say that they are there, as we cannot
+// even look inside to tell a disk from somebody's notes.
+void reportUnreadableNames(const QString &folder, const Report &report)
+{
+    std::error_code ec;
+    for (const auto &entry : std::filesystem::directory_iterator(QFile::encodeName(folder).toStdString(), ec)) {
+        const QByteArray name = QByteArray::fromStdString(entry.path().filename().native());
+        std::error_code kindError;
+        if (QFile::encodeName(QFile::decodeName(name)) != name && entry.is_regular_file(kindError))
+            report(QDir(folder).filePath(QFile::decodeName(name)), notUtf8());
+    }
+}
+#endif
+
 bool isDescription(const QFileInfo &file)
 {
     return file.suffix().compare(QLatin1String("json"), Qt::CaseInsensitive) == 0;
@@ -91,6 +116,9 @@ void readFolder(const QString &folder, std::vector<LoadedDisk> &out, const Repor
         if (auto loaded = readFile(entry, description, report))
             found.push_back(std::move(*loaded));
     }
+#ifdef Q_OS_UNIX
+    reportUnreadableNames(folder, report);
+#endif
     QSet<QString> named;
     for (const LoadedDisk &loaded : found) {
         if (loaded.fromDescription && !loaded.disk.dumpFile.isEmpty())
@@ -226,7 +254,8 @@ std::unique_ptr<SimulatedBackend> SimulatedBackend::load(const QStringList &path
         if (info.isDir()) {
             readFolder(path, loaded, report);
         } else if (!info.exists()) {
-            report(path, QStringLiteral("no such file or folder"));
+            report(path, path.contains(QChar(QChar::ReplacementCharacter)) ? notUtf8()
+                                                                           : QStringLiteral("no such file or folder"));
         } else if (auto disk = readFile(info, isDescription(info), report)) {
             loaded.push_back(std::move(*disk));
         }

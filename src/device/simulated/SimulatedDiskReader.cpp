@@ -4,6 +4,7 @@
 #include "JsonFields.h"
 #include "SmartDump.h"
 #include "device/IdentifyDecoder.h"
+#include "device/LocalFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -688,12 +689,16 @@ std::optional<SimulatedDisk> readDescription(const QString &path, QString *error
             *error = why;
         return std::nullopt;
     };
+    // A FIFO would block the open; a device might never end.
+    if (const QString what = LocalFile::notRegular(path); !what.isEmpty())
+        return fail(QStringLiteral("is %1").arg(what));
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return fail(file.errorString());
     const QByteArray bytes = file.read(kMaxDescriptionSize + 1);
     if (bytes.size() > kMaxDescriptionSize)
-        return fail(QStringLiteral("too large for a disk description (over 1 MiB)"));
+        return fail(QStringLiteral("is %1 bytes long, too large for a disk description (at most 1 MiB)")
+                        .arg(std::max(file.size(), qint64(bytes.size()))));
 
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(bytes, &parseError);
@@ -717,6 +722,8 @@ std::optional<SimulatedDisk> readDump(const QString &path, QString *error)
 
 bool looksLikeDump(const QString &path)
 {
+    if (!LocalFile::notRegular(path).isEmpty())
+        return false;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return false;
