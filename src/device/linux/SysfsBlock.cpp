@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -103,19 +103,51 @@ std::optional<Device> disk(const std::string &sysRoot, const std::string &name)
     return describe(dir, name);
 }
 
+namespace {
+
+// Whether \a text, from \a at on, is a pattern of runs: 'd' one or more digits, 'a' one or more
+// lower-case letters, any other character itself.
+bool matchesRuns(const std::string &text, std::size_t at, const char *pattern)
+{
+    for (; *pattern; ++pattern) {
+        const char want = *pattern;
+        const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+        const auto isLetter = [](char c) { return c >= 'a' && c <= 'z'; };
+        if (want == 'd' || want == 'a') {
+            const std::size_t start = at;
+            while (at < text.size() && (want == 'd' ? isDigit(text[at]) : isLetter(text[at])))
+                ++at;
+            if (at == start)
+                return false;
+        } else if (at >= text.size() || text[at++] != want) {
+            return false;
+        }
+    }
+    return at == text.size();
+}
+
+} // namespace
+
 std::string unsupportedKind(const std::string &name)
 {
     // Whole disks only: nvme0c0n1 is one controller's path to a namespace, and names with a
     // further part (nvme0n1p1, vda1, mmcblk0p1, mmcblk0boot0) are partitions or boot areas.
-    static const std::pair<std::regex, const char *> kinds[] = {
-        {std::regex("nvme[0-9]+n[0-9]+"), "an NVMe disk"},
-        {std::regex("vd[a-z]+"), "a virtio disk"},
-        {std::regex("xvd[a-z]+"), "a Xen virtual disk"},
-        {std::regex("mmcblk[0-9]+"), "an SD card or eMMC disk"},
+    struct Kind
+    {
+        const char *prefix;
+        const char *rest; ///< runs after the prefix, as matchesRuns() reads them
+        const char *text;
     };
-    for (const auto &[pattern, kind] : kinds) {
-        if (std::regex_match(name, pattern))
-            return kind;
+    static const Kind kinds[] = {
+        {"nvme", "dnd", "an NVMe disk"},
+        {"vd", "a", "a virtio disk"},
+        {"xvd", "a", "a Xen virtual disk"},
+        {"mmcblk", "d", "an SD card or eMMC disk"},
+    };
+    for (const Kind &kind : kinds) {
+        const std::size_t length = std::strlen(kind.prefix);
+        if (name.compare(0, length, kind.prefix) == 0 && matchesRuns(name, length, kind.rest))
+            return kind.text;
     }
     return {};
 }
