@@ -54,106 +54,144 @@ QString CtlOptions::usage()
         "  --version         show the version\n");
 }
 
+namespace {
+
+// One argument with its value, if it takes one.
+struct Argument
+{
+    QString name;
+    QString value;
+};
+
+// Reads the argument at \a i (and its value, moving \a i past it); nothing, with the reason in
+// \a error, when the value is missing, unwanted or names no file.
+std::optional<Argument> readArgument(const QList<QByteArray> &arguments, int &i, QString *error)
+{
+    QByteArray raw = arguments.at(i);
+    QByteArray rawValue;
+    const bool inlineValue = raw.startsWith("--") && raw.contains('=');
+    if (inlineValue) {
+        rawValue = raw.mid(raw.indexOf('=') + 1);
+        raw = raw.left(raw.indexOf('='));
+    }
+    Argument argument{QString::fromLocal8Bit(raw), QString()};
+    if (takesValue(argument.name) && !inlineValue) {
+        if (i + 1 >= arguments.size()) {
+            *error = QStringLiteral("%1 needs a value").arg(argument.name);
+            return std::nullopt;
+        }
+        rawValue = arguments.at(++i);
+    } else if (inlineValue && !takesValue(argument.name)) {
+        *error = QStringLiteral("%1 takes no value").arg(argument.name);
+        return std::nullopt;
+    }
+    argument.value = QString::fromLocal8Bit(rawValue);
+    // A path in another encoding than UTF-8 still names the user's file.
+    if (!rawValue.isEmpty() && isPath(argument.name)) {
+        QString why;
+        argument.value = UserPath::fromLocalBytes(rawValue, argument.name == QLatin1String("--home"), &why);
+        if (argument.value.isEmpty()) {
+            *error = QStringLiteral("%1 %2").arg(argument.name, why);
+            return std::nullopt;
+        }
+    }
+    return argument;
+}
+
+// Records an option that takes a value; the reason when the value will not do.
+QString takeValue(CtlOptions &options, QString &format, const Argument &a)
+{
+    if (a.name == QLatin1String("--format")) {
+        if (!kFormats.contains(a.value))
+            return QStringLiteral("--format is one of %1; got \"%2\"").arg(kFormats.join(QStringLiteral(", ")), a.value);
+        format = a.value;
+    } else if (a.name == QLatin1String("--interval")) {
+        bool ok = false;
+        options.intervalSeconds = a.value.toInt(&ok);
+        if (!ok || options.intervalSeconds < 1 || options.intervalSeconds > kMaxIntervalSeconds)
+            return QStringLiteral("--interval needs a whole number of seconds from 1 to %1; got \"%2\"")
+                .arg(kMaxIntervalSeconds)
+                .arg(a.value);
+    } else if (a.value.isEmpty()) {
+        // An empty folder would quietly fall back to the default one, and so on.
+        const char *what = a.name == QLatin1String("--home") ? "a folder" : a.name == QLatin1String("--output") ? "a file" : "a path";
+        return QStringLiteral("%1 needs %2").arg(a.name, QLatin1String(what));
+    } else if (a.name == QLatin1String("--home")) {
+        options.home = a.value;
+    } else if (a.name == QLatin1String("--output")) {
+        options.output = a.value;
+    } else {
+        options.simulate << a.value;
+    }
+    return QString();
+}
+
+// Records one argument; the reason when it does not belong.
+QString take(CtlOptions &options, QString &format, const Argument &a)
+{
+    if (takesValue(a.name))
+        return takeValue(options, format, a);
+    if (a.name == QLatin1String("--json"))
+        options.json = true;
+    else if (a.name == QLatin1String("--once"))
+        options.once = true;
+    else if (a.name.startsWith(QLatin1Char('-')))
+        return QStringLiteral("unknown option %1").arg(a.name);
+    else if (!options.command.isEmpty())
+        return QStringLiteral("unexpected argument \"%1\"").arg(a.name);
+    else if (!kCommands.contains(a.name))
+        return QStringLiteral("unknown command \"%1\"").arg(a.name);
+    else
+        options.command = a.name;
+    return QString();
+}
+
+// Options given to a command that does not read them would be dropped without a word.
+QString checkCombination(CtlOptions &options, const QString &format)
+{
+    if (options.command.isEmpty())
+        return QStringLiteral("no command given");
+    if (options.json && !format.isEmpty() && format != QLatin1String("json"))
+        return QStringLiteral("--json and --format %1 ask for two formats").arg(format);
+    options.format = options.json ? QStringLiteral("json") : format.isEmpty() ? QStringLiteral("text") : format;
+    const std::pair<bool, const char *> infoOnly[] = {{!format.isEmpty(), "--format"},
+                                                      {!options.output.isEmpty(), "--output"}};
+    const std::pair<bool, const char *> monitorOnly[] = {{options.once, "--once"},
+                                                         {options.intervalSeconds > 0, "--interval"},
+                                                         {!options.home.isEmpty(), "--home"}};
+    for (const auto &[given, name] : infoOnly) {
+        if (given && options.command != QLatin1String("info"))
+            return QStringLiteral("%1 is an option of info, not of %2").arg(QLatin1String(name), options.command);
+    }
+    for (const auto &[given, name] : monitorOnly) {
+        if (given && options.command != QLatin1String("monitor"))
+            return QStringLiteral("%1 is an option of monitor, not of %2").arg(QLatin1String(name), options.command);
+    }
+    return QString();
+}
+
+} // namespace
+
 std::optional<CtlOptions> CtlOptions::parse(const QList<QByteArray> &arguments, QString *error)
 {
     CtlOptions options;
     QString format; // as --format gave it
-    auto fail = [error](const QString &why) -> std::optional<CtlOptions> {
-        *error = why;
-        return std::nullopt;
-    };
-
     for (int i = 0; i < arguments.size(); ++i) {
-        QByteArray raw = arguments.at(i);
-        QByteArray rawValue;
-        bool hasInlineValue = false;
-        if (raw.startsWith("--") && raw.contains('=')) {
-            const qsizetype equals = raw.indexOf('=');
-            rawValue = raw.mid(equals + 1);
-            raw = raw.left(equals);
-            hasInlineValue = true;
-        }
-        const QString arg = QString::fromLocal8Bit(raw);
-        if (takesValue(arg) && !hasInlineValue) {
-            if (i + 1 >= arguments.size())
-                return fail(QStringLiteral("%1 needs a value").arg(arg));
-            rawValue = arguments.at(++i);
-        } else if (hasInlineValue && !takesValue(arg)) {
-            return fail(QStringLiteral("%1 takes no value").arg(arg));
-        }
-        QString value = QString::fromLocal8Bit(rawValue);
-        // A path in another encoding than UTF-8 still names the user's file.
-        if (!rawValue.isEmpty() && isPath(arg)) {
-            QString why;
-            value = UserPath::fromLocalBytes(rawValue, arg == QLatin1String("--home"), &why);
-            if (value.isEmpty())
-                return fail(QStringLiteral("%1 %2").arg(arg, why));
-        }
-
-        if (arg == QLatin1String("--json")) {
-            options.json = true;
-        } else if (arg == QLatin1String("--format")) {
-            if (!kFormats.contains(value))
-                return fail(QStringLiteral("--format is one of %1; got \"%2\"").arg(kFormats.join(QStringLiteral(", ")), value));
-            format = value;
-        } else if (arg == QLatin1String("--output")) {
-            if (value.isEmpty())
-                return fail(QStringLiteral("--output needs a file"));
-            options.output = value;
-        } else if (arg == QLatin1String("--simulate")) {
-            if (value.isEmpty())
-                return fail(QStringLiteral("--simulate needs a path"));
-            options.simulate << value;
-        } else if (arg == QLatin1String("--once")) {
-            options.once = true;
-        } else if (arg == QLatin1String("--interval")) {
-            bool ok = false;
-            options.intervalSeconds = value.toInt(&ok);
-            if (!ok || options.intervalSeconds < 1 || options.intervalSeconds > kMaxIntervalSeconds)
-                return fail(QStringLiteral("--interval needs a whole number of seconds from 1 to %1; got \"%2\"")
-                                .arg(kMaxIntervalSeconds)
-                                .arg(value));
-        } else if (arg == QLatin1String("--home")) {
-            // An empty folder would quietly fall back to the default one.
-            if (value.isEmpty())
-                return fail(QStringLiteral("--home needs a folder"));
-            options.home = value;
-        } else if (arg == QLatin1String("-h") || arg == QLatin1String("--help")) {
-            options.command = QStringLiteral("help");
+        const std::optional<Argument> argument = readArgument(arguments, i, error);
+        if (!argument)
+            return std::nullopt;
+        // Help and version stand on their own, whatever else is there.
+        if (argument->name == QLatin1String("-h") || argument->name == QLatin1String("--help")
+            || argument->name == QLatin1String("--version")) {
+            options.command = argument->name == QLatin1String("--version") ? QStringLiteral("version") : QStringLiteral("help");
             return options;
-        } else if (arg == QLatin1String("--version")) {
-            options.command = QStringLiteral("version");
-            return options;
-        } else if (arg.startsWith(QLatin1Char('-'))) {
-            return fail(QStringLiteral("unknown option %1").arg(arg));
-        } else if (options.command.isEmpty()) {
-            if (!kCommands.contains(arg))
-                return fail(QStringLiteral("unknown command \"%1\"").arg(arg));
-            options.command = arg;
-        } else {
-            return fail(QStringLiteral("unexpected argument \"%1\"").arg(arg));
         }
+        *error = take(options, format, *argument);
+        if (!error->isEmpty())
+            return std::nullopt;
     }
-    if (options.command.isEmpty())
-        return fail(QStringLiteral("no command given"));
-    if (options.json && !format.isEmpty() && format != QLatin1String("json"))
-        return fail(QStringLiteral("--json and --format %1 ask for two formats").arg(format));
-    options.format = options.json ? QStringLiteral("json") : format.isEmpty() ? QStringLiteral("text") : format;
-    if (options.command != QLatin1String("info")) {
-        for (const auto &[given, name] : {std::pair{!format.isEmpty(), "--format"},
-                                          std::pair{!options.output.isEmpty(), "--output"}}) {
-            if (given)
-                return fail(QStringLiteral("%1 is an option of info, not of %2").arg(QLatin1String(name), options.command));
-        }
-    }
-    // Options that only the monitor reads would otherwise be dropped without a word.
-    if (options.command != QLatin1String("monitor")) {
-        for (const auto &[given, name] : {std::pair{options.once, "--once"},
-                                          std::pair{options.intervalSeconds > 0, "--interval"},
-                                          std::pair{!options.home.isEmpty(), "--home"}}) {
-            if (given)
-                return fail(QStringLiteral("%1 is an option of monitor, not of %2").arg(QLatin1String(name), options.command));
-        }
-    }
+    *error = checkCombination(options, format);
+    if (!error->isEmpty())
+        return std::nullopt;
     return options;
 }

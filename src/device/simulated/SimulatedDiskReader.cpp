@@ -157,6 +157,7 @@ private:
     void readShape(const QJsonObject &root);
     void readSmart(const QJsonValue &value);
     void readAttribute(const QJsonValue &value, const QString &field, QSet<qint64> &seen);
+    void placeThreshold(quint8 id, int slot, std::optional<qint64> threshold, const QString &idField);
     void readBehaviour(const QJsonValue &value);
     void readVolumes(const QJsonValue &value);
     void readSurface(const QJsonValue &value);
@@ -468,18 +469,23 @@ void DescriptionParser::readAttribute(const QJsonValue &value, const QString &fi
         m_disk.changing.append(changing);
     }
 
+    placeThreshold(quint8(*id), slot, threshold, at("id"));
+}
+
+void DescriptionParser::placeThreshold(quint8 id, int slot, std::optional<qint64> threshold, const QString &idField)
+{
     // The thresholds sector keeps the same slot when it is free there, as drives do.
     Sector &limits = thresholds();
-    int limitSlot = AtaSectors::findSlot(limits, quint8(*id));
+    int limitSlot = AtaSectors::findSlot(limits, id);
     if (limitSlot < 0) {
         limitSlot = limits[AtaSectors::slotOffset(slot)] == 0 ? slot : freeSlot(limits);
         if (limitSlot < 0) {
-            m_fields.fail(at("id"), QStringLiteral("no free slot left in the thresholds sector"));
+            m_fields.fail(idField, QStringLiteral("no free slot left in the thresholds sector"));
             return;
         }
         std::fill(limits.begin() + AtaSectors::slotOffset(limitSlot),
                   limits.begin() + AtaSectors::slotOffset(limitSlot) + 12, 0);
-        limits[AtaSectors::slotOffset(limitSlot)] = quint8(*id);
+        limits[AtaSectors::slotOffset(limitSlot)] = id;
     }
     if (threshold)
         limits[AtaSectors::slotOffset(limitSlot) + 1] = quint8(*threshold);
