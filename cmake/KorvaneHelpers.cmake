@@ -14,8 +14,10 @@ function(korvane_add_tests dir)
     cmake_parse_arguments(ARG "" "" "TESTS;LINK;ENV" ${ARGN})
     if(KORVANE_SANITIZE_THREAD)
         # Qt itself is not instrumented and hands data between threads under
-        # locks the race detector cannot see: check only our own accesses.
-        list(APPEND ARG_ENV "TSAN_OPTIONS=ignore_noninstrumented_modules=1")
+        # locks the race detector cannot see: check only our own accesses. The
+        # detector's own second of sleep at exit would hide how fast a stopped
+        # monitor ends.
+        list(APPEND ARG_ENV "TSAN_OPTIONS=ignore_noninstrumented_modules=1:atexit_sleep_ms=0")
     endif()
     foreach(name IN LISTS ARG_TESTS)
         add_executable(${name} ${CMAKE_CURRENT_SOURCE_DIR}/${dir}/${name}.cpp)
