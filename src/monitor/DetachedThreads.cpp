@@ -24,9 +24,4 @@ void adopt(QThread *thread)
     QObject::connect(thread, &QObject::destroyed, [thread] { listed().remove(thread); });
 }
 
-int count()
-{
-    return int(listed().size());
-}
-
 } // namespace DetachedThreads

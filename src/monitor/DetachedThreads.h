@@ -10,7 +10,5 @@ namespace DetachedThreads {
 
 /// Keeps \a thread listed until it is destroyed.
 void adopt(QThread *thread);
-/// Threads listed now.
-int count();
 
 } // namespace DetachedThreads
