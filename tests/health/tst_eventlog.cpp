@@ -10,7 +10,6 @@
 
 #include <fcntl.h>
 #include <future>
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -203,34 +202,6 @@ private slots:
         QVERIFY(writer.writeLog(body));
         QVERIFY(writer.lastError().isEmpty());
         QCOMPARE(lineShapes(path, body), (QStringList{"record", "cut", "record", "end"}));
-    }
-
-    // A full disk cuts a record short; once there is room again the next record starts on a new
-    // line instead of being glued to the cut one. Needs a small file system of its own.
-    void fullDiskCutsOneRecord()
-    {
-        QTemporaryDir dir;
-        if (::mount("tmpfs", QFile::encodeName(dir.path()).constData(), "tmpfs", 0, "size=8k") != 0)
-            QSKIP("cannot mount a small tmpfs here (needs root)");
-        const auto unmount = qScopeGuard([&] { ::umount2(QFile::encodeName(dir.path()).constData(), MNT_DETACH); });
-        QFile pad(dir.filePath(QStringLiteral("pad")));
-        QVERIFY(pad.open(QIODevice::WriteOnly) && pad.write("x") == 1); // one of the two pages
-        pad.close();
-
-        const QString body = EventLogRecord::smartBody(0, disk(QStringLiteral("FULL-1"), 1, 100, 36, {100, 200}));
-        EventLogWriter writer(dir.filePath(QStringLiteral("KV_f.log")));
-        int records = 0;
-        while (records < 1000 && writer.writeLog(body))
-            ++records;
-        QVERIFY2(writer.lastError().contains(QStringLiteral("the disk is full")), qPrintable(writer.lastError()));
-        QVERIFY(writer.lastError().contains(writer.path()));
-        QVERIFY(!writer.writeLog(body));
-        QVERIFY(pad.remove());
-        QVERIFY(writer.writeLog(body));
-
-        QStringList expected(records, QStringLiteral("record"));
-        expected << QStringLiteral("cut") << QStringLiteral("record") << QStringLiteral("end");
-        QCOMPARE(lineShapes(writer.path(), body), expected);
     }
 
     // Every monitored disk is written on every poll under its list position; changes are per disk.
