@@ -58,6 +58,12 @@ bool isValidUtf8(const QByteArray &bytes)
 
 } // namespace
 
+QString notUtf8Text()
+{
+    return QStringLiteral("the name is not valid UTF-8 (shown with %1), so the file cannot be opened; rename it")
+        .arg(QChar(QChar::ReplacementCharacter));
+}
+
 QString displayName(const QByteArray &bytes)
 {
     QString out;
@@ -104,7 +110,7 @@ QString fromLocalBytes(const QByteArray &bytes, bool createFolder, QString *erro
             return fail(QString::fromLocal8Bit(std::strerror(errno)));
         // A folder is reached by its descriptor alone; a file's name is needed for its suffix.
         if (!S_ISDIR(info.st_mode))
-            return fail(QStringLiteral("the name is not valid UTF-8, so the file cannot be opened; rename it"));
+            return fail(notUtf8Text());
         fd = ::open(bytes.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
     }
     if (fd < 0)
@@ -112,7 +118,7 @@ QString fromLocalBytes(const QByteArray &bytes, bool createFolder, QString *erro
     return QStringLiteral("/proc/self/fd/%1").arg(fd) + rest;
 #else
     Q_UNUSED(createFolder);
-    return fail(QStringLiteral("the name is not valid UTF-8"));
+    return fail(notUtf8Text());
 #endif
 }
 

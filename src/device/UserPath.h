@@ -18,6 +18,9 @@ namespace UserPath {
 /// cannot be named so.
 QString fromLocalBytes(const QByteArray &bytes, bool createFolder, QString *error);
 
+/// Why a file whose name is not valid UTF-8 cannot be read: Qt can neither list nor open it.
+QString notUtf8Text();
+
 /// \a bytes for messages: the UTF-8 text, with every byte that is not valid
 /// UTF-8 shown as \xNN.
 QString displayName(const QByteArray &bytes);

@@ -7,6 +7,7 @@
 
 #include "device/DiskDiscovery.h"
 #include "device/SmartDecoder.h"
+#include "device/TextLine.h"
 
 namespace {
 
@@ -38,6 +39,18 @@ void ATA_Smart::setWatchdogIntervalForTests(int ms)
 int ATA_Smart::watchdogIntervalMs()
 {
     return watchdogMs;
+}
+
+QString ATA_Smart::timedOutText(const DiskRecord &disk, bool firstRead)
+{
+    const int seconds = watchdogMs / 1000;
+    const QString who = TextLine::oneLine(QStringLiteral("Disk: %1  Serial: %2").arg(disk.model, disk.serial));
+    if (firstRead)
+        return QStringLiteral("%1 did not answer the first SMART read within %2 seconds; it is shown without "
+                              "SMART data").arg(who).arg(seconds);
+    return QStringLiteral("%1 has not answered a SMART read for %2 seconds; its last values are kept until it does")
+        .arg(who)
+        .arg(seconds);
 }
 
 void ATA_Smart::getDevice_Info()

@@ -63,6 +63,9 @@ public:
     static void setWatchdogIntervalForTests(int ms);
     /// The watchdog limit in force, in milliseconds.
     static int watchdogIntervalMs();
+    /// What to tell the user about \a disk, whose read the watchdog gave up on: its first read
+    /// (\a firstRead) or a re-read.
+    static QString timedOutText(const DiskRecord &disk, bool firstRead);
 
 signals:
     /// Discovery has put its disks into the list (possibly none).

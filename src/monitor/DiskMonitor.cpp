@@ -4,7 +4,6 @@
 #include "BackgroundTask.h"
 
 #include "device/PowerOnTime.h"
-#include "device/TextLine.h"
 #include "device/VolumeMapper.h"
 #include "health/EventLogRecord.h"
 #include "health/MailNotifier.h"
@@ -37,11 +36,6 @@ DiskMonitor::DiskMonitor(std::shared_ptr<DriveBackend> backend, QObject *parent)
 
 DiskMonitor::~DiskMonitor() = default;
 
-bool DiskMonitor::firstReadTimedOut(int index) const
-{
-    return m_smart->timedOut(index);
-}
-
 void DiskMonitor::setSmartIntervalMs(int ms)
 {
     m_intervalOverrideMs = std::max(ms, 0);
@@ -66,7 +60,6 @@ void DiskMonitor::finish()
     if (m_finished)
         return;
     m_finished = true;
-    m_monitoring = false;
     m_smartTimer.stop();
     m_volumeTimer.stop();
     m_unitCheckTimer.stop();
@@ -99,17 +92,21 @@ void DiskMonitor::get_devices_complette()
     emit discoveryFinished(m_disks, QDateTime::currentDateTime());
 
     checkHealthStatus();
-    m_monitoring = true;
     m_unitCheckTimer.start(m_unitCheckDelayMs);
-    restartTimers();
+    startTimers();
+}
+
+void DiskMonitor::startTimers()
+{
+    m_smartTimer.start(smartIntervalMs());
+    m_volumeTimer.start(int(appSettings().spaceCheckIntervalMs()));
 }
 
 void DiskMonitor::restartTimers()
 {
-    if (!m_monitoring)
-        return;
-    m_smartTimer.start(smartIntervalMs());
-    m_volumeTimer.start(int(appSettings().spaceCheckIntervalMs()));
+    // Only timers that run take new intervals: before discovery and after the end there are none.
+    if (m_smartTimer.isActive())
+        startTimers();
 }
 
 void DiskMonitor::update_SMART()
@@ -196,10 +193,10 @@ void DiskMonitor::checkHealthStatus()
     if (m_finished)
         return;
     const QDateTime now = QDateTime::currentDateTime();
-    m_last = m_evaluator.checkHealthStatus(m_disks, appSettings(), languageTable(), m_mail);
-    if (m_last.mail && m_mail)
-        m_mail->sendNotification(m_last.mail->level, m_last.mail->text);
-    emit evaluated(m_last, m_disks, now);
+    const HealthEvaluation result = m_evaluator.checkHealthStatus(m_disks, appSettings(), languageTable(), m_mail);
+    if (result.mail && m_mail)
+        m_mail->sendNotification(result.mail->level, result.mail->text);
+    emit evaluated(result, m_disks, now);
     // One sample per monitored disk and evaluation, after everyone has seen the result.
     m_log.compareValues(m_disks);
     noteLogResult();
@@ -263,15 +260,5 @@ void DiskMonitor::onDiskTimedOut(int index)
 {
     if (index < 0 || index >= m_disks.size())
         return;
-    const DiskRecord &disk = m_disks.at(index);
-    const int seconds = ATA_Smart::watchdogIntervalMs() / 1000;
-    const QString who = TextLine::oneLine(QStringLiteral("Disk: %1  Serial: %2").arg(disk.model, disk.serial));
-    if (m_discoveryBusy)
-        emit notice({EventLineKind::Warning,
-                     QStringLiteral("%1 did not answer the first SMART read within %2 seconds; it is shown without "
-                                    "SMART data").arg(who).arg(seconds)});
-    else
-        emit notice({EventLineKind::Warning,
-                     QStringLiteral("%1 has not answered a SMART read for %2 seconds; its last values are kept until "
-                                    "it does").arg(who).arg(seconds)});
+    emit notice({EventLineKind::Warning, ATA_Smart::timedOutText(m_disks.at(index), m_discoveryBusy)});
 }

@@ -46,10 +46,6 @@ public:
     DriveBackend &backend() const { return *m_backend; }
     /// True from start() until discovery and the first read have finished.
     bool isDiscovering() const { return m_discoveryBusy; }
-    /// True when the first read of disk \a index was given up by its watchdog.
-    bool firstReadTimedOut(int index) const;
-    /// The result of the last evaluation.
-    const HealthEvaluation &lastEvaluation() const { return m_last; }
 
     /// The e-mail client the evaluation hands its notifications to; none by default.
     void setMailNotifier(MailNotifier *notifier) { m_mail = notifier; }
@@ -112,6 +108,7 @@ private:
     void onReReadOver(int index);
     void finishPoll();
     void settleUnits();
+    void startTimers();
     void restartTimers();
     void applyVolumes(const QList<DiskRecord> &found);
     void writeLog(const QString &body);
@@ -122,7 +119,6 @@ private:
     QList<DiskRecord> m_disks;
     ATA_Smart *m_smart = nullptr;
     HealthEvaluator m_evaluator;
-    HealthEvaluation m_last;
     EventLogWriter m_log;
     MailNotifier *m_mail = nullptr;
     QTimer m_smartTimer;
@@ -132,7 +128,6 @@ private:
     int m_intervalOverrideMs = 0;
     int m_unitCheckDelayMs = kUnitCheckDelayMs;
     bool m_discoveryBusy = false;
-    bool m_monitoring = false; ///< timers armed: discovery is over and the session not finished
     bool m_finished = false;
     bool m_logFailing = false;
     std::optional<Poll> m_poll;

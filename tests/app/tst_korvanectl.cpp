@@ -6,35 +6,21 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
 namespace {
 
-struct Run
-{
-    int exitCode = -1;
-    QByteArray out;
-    QString err;
-};
+using Run = TestEnv::CtlRun;
 
 Run korvanectl(const QStringList &arguments)
 {
-    QProcess process;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.remove(QStringLiteral("KORVANE_SIMULATE"));
-    process.setProcessEnvironment(env);
-    process.start(TestEnv::korvanectl(), arguments);
-    if (!process.waitForFinished(60000))
-        return {};
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            process.readAllStandardOutput(), QString::fromLocal8Bit(process.readAllStandardError())};
+    return TestEnv::runKorvanectl(arguments);
 }
 
 QJsonArray disksOf(const Run &run)
 {
-    return QJsonDocument::fromJson(run.out).object().value(QStringLiteral("disks")).toArray();
+    return QJsonDocument::fromJson(run.out.toUtf8()).object().value(QStringLiteral("disks")).toArray();
 }
 
 QStringList dumpFiles()

@@ -1,4 +1,5 @@
 #include "TestEnv.h"
+#include "TestFiles.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -17,51 +18,27 @@
 
 namespace {
 
-QProcessEnvironment cleanEnvironment()
-{
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.remove(QStringLiteral("KORVANE_SIMULATE"));
-    env.remove(QStringLiteral("KORVANE_HOME"));
-    return env;
-}
-
 // `korvanectl monitor` on the demo disks (and any further --simulate in \a extra), keeping its files in \a home.
 QProcess *startMonitor(QObject *parent, const QString &home, const QStringList &extra)
 {
     auto *process = new QProcess(parent);
-    process->setProcessEnvironment(cleanEnvironment());
+    process->setProcessEnvironment(TestEnv::ctlEnvironment());
     process->start(TestEnv::korvanectl(), QStringList{QStringLiteral("monitor"), QStringLiteral("--home"), home,
                                                       QStringLiteral("--simulate"), TestEnv::demoDir()}
                                               + extra);
     return process;
 }
 
-struct Finished
-{
-    int exitCode = -1; ///< -1 when it did not end normally in time
-    QString out;
-    QString err;
-};
+using Finished = TestEnv::CtlRun;
 
-Finished runCtl(const QStringList &arguments, const QProcessEnvironment &env = cleanEnvironment())
+Finished runCtl(const QStringList &arguments, const QProcessEnvironment &env = TestEnv::ctlEnvironment())
 {
-    QProcess process;
-    process.setProcessEnvironment(env);
-    process.start(TestEnv::korvanectl(), arguments);
-    if (!process.waitForFinished(30000)) {
-        process.kill();
-        process.waitForFinished();
-        return {};
-    }
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
+    return TestEnv::runKorvanectl(arguments, env);
 }
 
 void writeFile(const QString &path, const QByteArray &content)
 {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), content.size());
+    QVERIFY(TestFiles::write(path, content));
 }
 
 // A disk of the demo set that hangs \a seconds at its poll \a poll (0: the first read).
@@ -291,7 +268,7 @@ void TestMonitorCommand::closedOutputEndsCleanly()
 {
     QTemporaryDir home;
     QProcess shell;
-    QProcessEnvironment env = cleanEnvironment();
+    QProcessEnvironment env = TestEnv::ctlEnvironment();
     env.insert(QStringLiteral("CTL"), TestEnv::korvanectl());
     shell.setProcessEnvironment(env);
     // The reader goes away after the first line; pipefail gives the monitor's own exit status.
@@ -322,7 +299,7 @@ void TestMonitorCommand::refusedHomes()
     QFETCH(bool, fromEnvironment);
     QFETCH(QString, home);
     QFETCH(QString, message);
-    QProcessEnvironment env = cleanEnvironment();
+    QProcessEnvironment env = TestEnv::ctlEnvironment();
     QStringList arguments{QStringLiteral("monitor"), QStringLiteral("--once"), QStringLiteral("--simulate"), TestEnv::demoDir()};
     if (fromEnvironment)
         env.insert(QStringLiteral("KORVANE_HOME"), home);
@@ -400,7 +377,7 @@ void TestMonitorCommand::pathsInAnotherEncodingNameTheUsersFiles()
         ::fclose(file);
     }
     QProcess shell;
-    QProcessEnvironment env = cleanEnvironment();
+    QProcessEnvironment env = TestEnv::ctlEnvironment();
     env.insert(QStringLiteral("CTL"), TestEnv::korvanectl());
     shell.setProcessEnvironment(env);
     // The bytes go in through the shell's printf: QProcess would pass its arguments as UTF-8.

@@ -4,6 +4,8 @@
 #include "settings/SettingsFile.h"
 #include "settings/SettingsStore.h"
 
+#include "TestFiles.h"
+
 #include <QDir>
 #include <QFile>
 #include <QSignalSpy>
@@ -49,18 +51,6 @@ DiskRecord disk(const QString &serial, bool monitored, int unit)
     record.monitored = monitored;
     record.powerOnUnit = unit;
     return record;
-}
-
-bool writeFile(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace
@@ -240,7 +230,7 @@ private slots:
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("Korvane.ini"));
         const QString link = dir.filePath(QStringLiteral("old-copy"));
-        QVERIFY(writeFile(path, "poll_time=1\r\n"));
+        QVERIFY(TestFiles::write(path, "poll_time=1\r\n"));
         QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther));
         QCOMPARE(::link(QFile::encodeName(path).constData(), QFile::encodeName(link).constData()), 0);
 
@@ -259,7 +249,7 @@ private slots:
                                    {disk(QStringLiteral("S1"), false, 4), disk(QStringLiteral("S2"), true, 0)}));
 
         // The new content went into a new file that replaced the name: the old inode is untouched.
-        QCOMPARE(readFile(link), QByteArray("poll_time=1\r\n"));
+        QCOMPARE(TestFiles::read(link), QByteArray("poll_time=1\r\n"));
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
         struct stat info {};
         QCOMPARE(::stat(QFile::encodeName(path).constData(), &info), 0);
@@ -271,7 +261,7 @@ private slots:
         QCOMPARE(describe(entries), QStringLiteral("S1,0,4;S2,1,0"));
 
         // A later load of a file without disk lines forgets the old entries; so does a missing file.
-        QVERIFY(writeFile(path, "poll_time=9\r\n"));
+        QVERIFY(TestFiles::write(path, "poll_time=9\r\n"));
         QVERIFY(SettingsFile::load(path, loaded, entries));
         QCOMPARE(loaded.poll_time, 9);
         QVERIFY(entries.isEmpty());
@@ -323,7 +313,7 @@ private slots:
         QVERIFY(QFile::link(dir.filePath(QStringLiteral("gone.ini")), dir.filePath(QStringLiteral("dangling"))));
         const QString path = dir.filePath(name);
         if (!content.isEmpty())
-            QVERIFY(writeFile(path, content));
+            QVERIFY(TestFiles::write(path, content));
 
         AppSettings settings;
         QList<DiskSettings> entries{DiskSettings{}};
@@ -384,7 +374,7 @@ private slots:
         QFETCH(QString, folder);
         QFETCH(QString, refusal);
         QTemporaryDir dir;
-        QVERIFY(writeFile(dir.filePath(QStringLiteral("plain.txt")), "x"));
+        QVERIFY(TestFiles::write(dir.filePath(QStringLiteral("plain.txt")), "x"));
         const QString path = folder.isEmpty() || folder.startsWith(QLatin1Char('/')) ? folder : dir.filePath(folder);
         SettingsStore &store = SettingsStore::instance();
         const QString before = store.homeFolder();

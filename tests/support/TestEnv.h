@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QProcessEnvironment>
 #include <QString>
+#include <QStringList>
 
 /// Where tests find the source tree, the build tree and the shared test data.
 namespace TestEnv {
@@ -15,5 +17,17 @@ QString smartDumpDir();
 QString demoDir();
 /// Path of the korvanectl binary (KORVANECTL), or empty.
 QString korvanectl();
+
+/// What a run of korvanectl left behind.
+struct CtlRun
+{
+    int exitCode = -1; ///< -1 when it did not end normally within a minute
+    QString out;       ///< standard output, UTF-8
+    QString err;       ///< standard error, UTF-8
+};
+/// The environment korvanectl runs in by default: no simulated disks or home folder from outside.
+QProcessEnvironment ctlEnvironment();
+/// Runs korvanectl with \a arguments in \a environment and waits for it to end.
+CtlRun runKorvanectl(const QStringList &arguments, const QProcessEnvironment &environment = ctlEnvironment());
 
 } // namespace TestEnv

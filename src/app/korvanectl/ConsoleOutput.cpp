@@ -14,9 +14,13 @@ ConsoleOutput::ConsoleOutput(QObject *parent)
 
 bool ConsoleOutput::writeLine(const QString &text)
 {
+    return write((text + QLatin1Char('\n')).toUtf8());
+}
+
+bool ConsoleOutput::write(const QByteArray &bytes)
+{
     if (m_closed)
         return false;
-    const QByteArray bytes = (text + QLatin1Char('\n')).toUtf8();
     if (m_file.write(bytes) == bytes.size())
         return true;
     m_closed = true;

@@ -13,7 +13,9 @@ public:
     /// Writes to the process's standard output.
     explicit ConsoleOutput(QObject *parent = nullptr);
 
-    /// Writes \a text followed by a line feed; false once the output is gone.
+    /// Writes \a bytes as they are; false once the output is gone.
+    bool write(const QByteArray &bytes);
+    /// Writes \a text (UTF-8) followed by a line feed; false once the output is gone.
     bool writeLine(const QString &text);
 
 signals:

@@ -1,6 +1,9 @@
 #include "CtlBackend.h"
 
+#include "device/AccessReport.h"
 #include "device/BackendFactory.h"
+
+#include <QCoreApplication>
 
 #include <QTextStream>
 
@@ -15,6 +18,13 @@ std::shared_ptr<DriveBackend> open(const QStringList &simulatePaths, bool *files
         err << "korvanectl: " << e << '\n';
     *filesRead = errors.isEmpty();
     return backend;
+}
+
+void reportAccess(const DriveBackend &backend)
+{
+    QTextStream err(stderr);
+    for (const QString &line : AccessReport::lines(backend, QCoreApplication::applicationFilePath()))
+        err << "korvanectl: " << line << '\n';
 }
 
 } // namespace CtlBackend

@@ -14,4 +14,7 @@ namespace CtlBackend {
 /// clear \a filesRead.
 std::shared_ptr<DriveBackend> open(const QStringList &simulatePaths, bool *filesRead);
 
+/// Names on stderr the disks \a backend saw but could not read, or does not read, with what to do.
+void reportAccess(const DriveBackend &backend);
+
 } // namespace CtlBackend

@@ -1,16 +1,15 @@
 #include "InfoCommand.h"
 
+#include "ConsoleOutput.h"
 #include "CtlBackend.h"
 #include "TextReport.h"
 
-#include "device/AccessReport.h"
 #include "device/DiskJson.h"
 #include "device/SmartReport.h"
 #include "device/WholeFile.h"
 #include "monitor/ATA_Smart.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QJsonDocument>
 #include <QTextStream>
 #include <QTimer>
@@ -47,14 +46,12 @@ QByteArray report(const CtlOptions &options, const QList<DiskRecord> &disks, con
 void reportProblems(const QList<DiskRecord> &disks, const ATA_Smart &smart)
 {
     QTextStream err(stderr);
-    const int seconds = ATA_Smart::watchdogIntervalMs() / 1000;
     for (int i = 0; i < disks.size(); ++i) {
         if (smart.timedOut(i))
-            err << "korvanectl: " << disks.at(i).devicePath << ": did not answer the SMART read within " << seconds
-                << " seconds\n";
+            err << "korvanectl: " << ATA_Smart::timedOutText(disks.at(i), true) << '\n';
     }
-    for (const QString &line : AccessReport::lines(smart.backend(), QCoreApplication::applicationFilePath()))
-        err << "korvanectl: " << line << '\n';
+    err.flush();
+    CtlBackend::reportAccess(smart.backend());
 }
 
 } // namespace
@@ -69,8 +66,7 @@ int run(const CtlOptions &options)
     const QByteArray bytes = report(options, disks, smart);
     bool written = true;
     if (options.output.isEmpty()) {
-        QFile out;
-        written = out.open(stdout, QIODevice::WriteOnly) && out.write(bytes) == bytes.size();
+        written = ConsoleOutput().write(bytes);
     } else {
         QString error;
         written = WholeFile::write(options.output, bytes, &error);

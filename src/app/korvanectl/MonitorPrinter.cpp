@@ -1,13 +1,12 @@
 #include "MonitorPrinter.h"
 
 #include "ConsoleOutput.h"
+#include "CtlBackend.h"
 
-#include "device/AccessReport.h"
 #include "device/TextLine.h"
 #include "health/HealthJson.h"
 #include "monitor/DiskMonitor.h"
 
-#include <QCoreApplication>
 #include <QJsonDocument>
 #include <QTextStream>
 
@@ -52,8 +51,8 @@ void MonitorPrinter::printDiscovery(const QList<DiskRecord> &disks)
     QTextStream err(stderr);
     if (disks.isEmpty())
         err << "korvanectl: no fixed ATA disks found; nothing to monitor\n";
-    for (const QString &line : AccessReport::lines(m_monitor.backend(), QCoreApplication::applicationFilePath()))
-        err << "korvanectl: " << line << '\n';
+    err.flush();
+    CtlBackend::reportAccess(m_monitor.backend());
 }
 
 void MonitorPrinter::printNotice(const EventLine &line)

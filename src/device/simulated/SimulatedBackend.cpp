@@ -2,6 +2,7 @@
 
 #include "SimulatedDisk.h"
 #include "SimulatedDiskReader.h"
+#include "device/UserPath.h"
 
 #include <QDir>
 #include <QFile>
@@ -73,14 +74,6 @@ std::optional<LoadedDisk> readFile(const QFileInfo &file, bool description, cons
     return LoadedDisk{std::move(*disk), description};
 }
 
-// File names reach Korvane as UTF-8: bytes that are not valid UTF-8 arrive as U+FFFD and no
-// longer name the file, which then can be neither listed nor opened.
-QString notUtf8()
-{
-    return QStringLiteral("the name is not valid UTF-8 (shown with %1), so the file cannot be opened; rename it")
-        .arg(QChar(QChar::ReplacementCharacter));
-}
-
 #ifdef Q_OS_UNIX
 // A folder listing passes over such names without a word; say that they are there, as we cannot
 // even look inside to tell a disk from somebody's notes.
@@ -91,7 +84,7 @@ void reportUnreadableNames(const QString &folder, const Report &report)
         const QByteArray name = QByteArray::fromStdString(entry.path().filename().native());
         std::error_code kindError;
         if (QFile::encodeName(QFile::decodeName(name)) != name && entry.is_regular_file(kindError))
-            report(QDir(folder).filePath(QFile::decodeName(name)), notUtf8());
+            report(QDir(folder).filePath(QFile::decodeName(name)), UserPath::notUtf8Text());
     }
 }
 #endif
@@ -254,7 +247,7 @@ std::unique_ptr<SimulatedBackend> SimulatedBackend::load(const QStringList &path
         if (info.isDir()) {
             readFolder(path, loaded, report);
         } else if (!info.exists()) {
-            report(path, path.contains(QChar(QChar::ReplacementCharacter)) ? notUtf8()
+            report(path, path.contains(QChar(QChar::ReplacementCharacter)) ? UserPath::notUtf8Text()
                                                                            : QStringLiteral("no such file or folder"));
         } else if (auto disk = readFile(info, isDescription(info), report)) {
             loaded.push_back(std::move(*disk));
