@@ -20,7 +20,10 @@ DiskMonitor::DiskMonitor(std::shared_ptr<DriveBackend> backend, QObject *parent)
     , m_backend(std::move(backend))
     , m_smart(new ATA_Smart(m_backend, m_disks, this))
 {
-    connect(m_smart, &ATA_Smart::finishedGetDevices, m_smart, &ATA_Smart::getSMART_Info);
+    connect(m_smart, &ATA_Smart::finishedGetDevices, this, [this] {
+        trace(QStringLiteral("Before getSMART_Info"));
+        m_smart->getSMART_Info();
+    });
     connect(m_smart, &ATA_Smart::finishedScanSMART, this, &DiskMonitor::get_devices_complette);
     connect(m_smart, &ATA_Smart::reReadOver, this, &DiskMonitor::onReReadOver);
     connect(m_smart, &ATA_Smart::diskTimedOut, this, &DiskMonitor::onDiskTimedOut);
@@ -74,6 +77,7 @@ void DiskMonitor::finish()
 void DiskMonitor::initSystem()
 {
     m_discoveryBusy = true;
+    trace(QStringLiteral("Before getDevice_Info"));
     // Discovery, then the first read of every disk; each ends in a signal.
     m_smart->getDevice_Info();
 }
@@ -82,6 +86,7 @@ void DiskMonitor::get_devices_complette()
 {
     if (m_finished)
         return;
+    trace(QStringLiteral("get_device_coplette"));
     // The remembered settings go on after the first read: only then does a
     // disk have the power-on unit that a remembered one may replace.
     for (int i = 0; i < m_disks.size(); ++i) {
@@ -94,6 +99,13 @@ void DiskMonitor::get_devices_complette()
     checkHealthStatus();
     m_unitCheckTimer.start(m_unitCheckDelayMs);
     startTimers();
+    trace(QStringLiteral("End initSystem"));
+}
+
+void DiskMonitor::trace(const QString &entry)
+{
+    if (m_trace)
+        m_trace(entry);
 }
 
 void DiskMonitor::startTimers()
@@ -116,7 +128,9 @@ void DiskMonitor::update_SMART()
 
 void DiskMonitor::update_ALL()
 {
+    trace(QStringLiteral("update_ALL: before update_SMART()"));
     update_SMART();
+    trace(QStringLiteral("update_ALL: before Volume_updateDisplay()"));
     Volume_updateDisplay();
 }
 

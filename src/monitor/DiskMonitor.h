@@ -2,6 +2,7 @@
 
 #include "device/DiskRecord.h"
 #include "device/DriveBackend.h"
+#include "device/TraceFunction.h"
 #include "health/EventLine.h"
 #include "health/EventLogWriter.h"
 #include "health/HealthEvaluation.h"
@@ -53,6 +54,8 @@ public:
     void setSmartIntervalMs(int ms);
     /// The SMART poll interval in force.
     int smartIntervalMs() const;
+    /// Receives the detailed-log entries of discovery and of the "Refresh" action; none by default.
+    void setTrace(TraceFunction trace) { m_trace = std::move(trace); }
     /// Moves the power-on unit check (tests; the program keeps kUnitCheckDelayMs).
     void setUnitCheckDelayMs(int ms) { m_unitCheckDelayMs = ms; }
 
@@ -114,6 +117,7 @@ private:
     void writeLog(const QString &body);
     void noteLogResult();
     void onDiskTimedOut(int index);
+    void trace(const QString &entry);
 
     std::shared_ptr<DriveBackend> m_backend;
     QList<DiskRecord> m_disks;
@@ -121,6 +125,7 @@ private:
     HealthEvaluator m_evaluator;
     EventLogWriter m_log;
     MailNotifier *m_mail = nullptr;
+    TraceFunction m_trace;
     QTimer m_smartTimer;
     QTimer m_volumeTimer;
     QTimer m_unitCheckTimer;

@@ -3,7 +3,7 @@
 #include "ConsoleOutput.h"
 #include "CtlBackend.h"
 #include "MonitorPrinter.h"
-#include "SignalWatcher.h"
+#include "monitor/SignalWatcher.h"
 
 #include "monitor/DiskMonitor.h"
 #include "settings/AppSettings.h"
