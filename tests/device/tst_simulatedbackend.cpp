@@ -531,6 +531,10 @@ void TestSimulatedBackend::surfaceReads()
 
     auto locked = loadJson(disk("L", R"("behaviour": {"openFails": true})"));
     QCOMPARE(locked->openForRead("sim://0", true), kNoHandle);
+    // The disk that refuses is named, as a real backend names a disk it may not open.
+    QCOMPARE(locked->accessProblems(),
+             std::vector<std::string>{"sim://0: cannot be opened for reading and writing (simulated)"});
+    QVERIFY(loadJson(disk("G"))->accessProblems().empty());
     auto odd = loadJson(disk("Q", R"("behaviour": {"failingQueries": ["geometry", "descriptor"]})"));
     const DiskHandle q = odd->openDisk("sim://0");
     DiskGeometry g;

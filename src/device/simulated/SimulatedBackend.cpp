@@ -277,6 +277,20 @@ void SimulatedBackend::cancelWaits()
     d->hangsCancelled = true;
 }
 
+std::vector<std::string> SimulatedBackend::accessProblems() const
+{
+    std::vector<std::string> lines;
+    for (const SimulatedDisk &disk : d->disks)
+        if (disk.openFails)
+            lines.push_back(diskPath(disk.number) + ": cannot be opened for reading and writing (simulated)");
+    return lines;
+}
+
+std::string SimulatedBackend::accessAdvice(const std::string &program) const
+{
+    return "These disks are simulated: " + program + " reads them once their descriptions no longer say \"openFails\".";
+}
+
 std::string SimulatedBackend::diskPath(int probe) const
 {
     return kPathPrefix + std::to_string(probe);

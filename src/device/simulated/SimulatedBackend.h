@@ -31,6 +31,10 @@ public:
     /// on. For shutdown: nobody waits for a simulated hang to run out.
     void cancelWaits() override;
 
+    /// One line per disk described as one that cannot be opened ("openFails").
+    std::vector<std::string> accessProblems() const override;
+    /// Where such a disk's refusal comes from: its description, not a missing permission.
+    std::string accessAdvice(const std::string &program) const override;
     std::string diskPath(int probe) const override;
     DiskHandle openDisk(const std::string &path) override;
     void closeDisk(DiskHandle handle) override;

@@ -1,0 +1,102 @@
+// Draws the window on the demo disks into PNG files, page by page and language by language, so
+// what users see can be looked at (and the README's picture refreshed) without a desktop.
+#include "ui/AboutDialog.h"
+#include "ui/MainWindow.h"
+#include "ui/UiFont.h"
+
+#include "KorvaneImages.h"
+#include "device/BackendFactory.h"
+#include "monitor/DiskMonitor.h"
+#include "settings/AppSettings.h"
+#include "settings/FreeEdition.h"
+#include "settings/LanguageTable.h"
+#include "settings/SettingsStore.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QMessageBox>
+#include <QSignalSpy>
+#include <QStyleFactory>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <QTimer>
+
+namespace {
+
+void wait(int ms)
+{
+    QEventLoop loop;
+    QTimer::singleShot(ms, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+bool save(QWidget &widget, const QString &path)
+{
+    const bool ok = widget.grab().save(path);
+    QTextStream(stdout) << (ok ? "wrote " : "could not write ") << path << '\n';
+    return ok;
+}
+
+// Every page of the window, then the about box, in the current language.
+bool shootLanguage(MainWindow &window, const QString &folder, const QString &language)
+{
+    bool ok = true;
+    auto *tabs = window.findChild<QTabWidget *>();
+    for (int page = 0; page < tabs->count(); ++page) {
+        tabs->setCurrentIndex(page);
+        wait(100);
+        ok &= save(window, QStringLiteral("%1/main-%2-%3.png").arg(folder, language).arg(page));
+    }
+    tabs->setCurrentIndex(0);
+    AboutDialog about(FreeEdition(), &window);
+    about.show();
+    wait(100);
+    ok &= save(about, QStringLiteral("%1/about-%2.png").arg(folder, language));
+    return ok;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() != 2) {
+        QTextStream(stderr) << "usage: korvane-screenshots OUTPUT-FOLDER (with KORVANE_SIMULATE set)\n";
+        return 2;
+    }
+    const QString folder = arguments.at(1);
+    QDir().mkpath(folder);
+    initKorvaneImages();
+    UiFont::substituteWindowsFaces();
+    QTemporaryDir home;
+    QString error;
+    if (!SettingsStore::instance().setHomeFolder(home.path(), &error)) {
+        QTextStream(stderr) << error << '\n';
+        return 1;
+    }
+    setDefaults(QStyleFactory::keys());
+    LanguageTable::loadLanguage(LanguageTable::English);
+    QStringList errors;
+    const FreeEdition licence;
+    MainWindow window(createDriveBackend({}, &errors), licence);
+    window.resize(900, 600);
+    window.setWindowTitle(windowTitle(licence));
+    window.show();
+    wait(30);
+    bool ok = save(window, folder + QStringLiteral("/looking-for-devices.png"));
+    QSignalSpy evaluated(window.monitor(), &DiskMonitor::evaluated);
+    if (!evaluated.wait(30000))
+        return 1;
+    wait(200);
+    const QList<QPair<int, QString>> languages = {{LanguageTable::English, QStringLiteral("en")},
+                                                 {LanguageTable::German, QStringLiteral("de")},
+                                                 {LanguageTable::Russian, QStringLiteral("ru")}};
+    for (const auto &[index, name] : languages) {
+        SettingsStore::instance().setLanguage(index);
+        ok &= shootLanguage(window, folder, name);
+    }
+    window.finishSession();
+    return ok ? 0 : 1;
+}

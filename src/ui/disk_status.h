@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QWidget>
+
+class HealthLine;
+class QLabel;
+class TemperatureGauge;
+struct DiskPanelPlan;
+struct DiskRecord;
+
+/// The status panel of the selected disk: the temperature gauge, the state icon and health
+/// label, the health bar, the work time and the status paragraph of the last evaluation.
+class disk_status : public QWidget
+{
+    Q_OBJECT
+public:
+    /// An empty panel.
+    explicit disk_status(QWidget *parent = nullptr);
+
+    /// Shows \a disk as \a plan says; \a gaugeText is the temperature written on the gauge.
+    void showDisk(const DiskRecord &disk, const DiskPanelPlan &plan, int unitSetting, const QString &gaugeText);
+    /// Shows that there is no disk.
+    void showNothing();
+    /// The temperature gauge, which also takes the limits and the unit.
+    TemperatureGauge *gauge() const { return m_gauge; }
+
+private:
+    TemperatureGauge *m_gauge;
+    QLabel *m_stateIcon;
+    QLabel *m_health;
+    HealthLine *m_healthLine;
+    QLabel *m_workTime;
+    QLabel *m_note;
+};

@@ -1,0 +1,272 @@
+#include "KorvaneImages.h"
+#include "TestEnv.h"
+#include "device/simulated/SimulatedBackend.h"
+#include "health/SmartTableModel.h"
+#include "health/TemperatureDigits.h"
+#include "monitor/ATA_Smart.h"
+#include "monitor/DiskMonitor.h"
+#include "settings/AppSettings.h"
+#include "settings/FreeEdition.h"
+#include "settings/LanguageTable.h"
+#include "settings/SettingsStore.h"
+#include "ui/DiskInfoPage.h"
+#include "ui/DiskTree.h"
+#include "ui/EventsLogPage.h"
+#include "ui/MainWindow.h"
+#include "ui/SmartInfoPage.h"
+#include "ui/TrayIconPainter.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLabel>
+#include <QSignalSpy>
+#include <QStyleFactory>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <memory>
+
+namespace {
+
+// The labels of a widget's subtree, as the user reads them.
+QStringList labelTexts(const QWidget *root)
+{
+    QStringList texts;
+    for (const QLabel *label : root->findChildren<QLabel *>())
+        if (label->isVisibleTo(root->window()))
+            texts << label->text();
+    return texts;
+}
+
+// The set of painted pixels of an image, as "x,y" texts.
+QSet<QString> paintedPixels(const QImage &image)
+{
+    QSet<QString> pixels;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (qAlpha(image.pixel(x, y)) != 0)
+                pixels << QStringLiteral("%1,%2").arg(x).arg(y);
+    return pixels;
+}
+
+} // namespace
+
+class TestMainWindow : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<QTemporaryDir> m_home;
+    FreeEdition m_licence;
+    std::unique_ptr<MainWindow> m_window;
+
+    // A window over the disks of \a paths, shown, after its first evaluation.
+    MainWindow &openOn(const QStringList &paths)
+    {
+        QStringList errors;
+        std::shared_ptr<DriveBackend> backend = SimulatedBackend::load(paths, &errors);
+        if (!errors.isEmpty())
+            qFatal("%s", qPrintable(errors.join(QLatin1Char('\n'))));
+        m_window = std::make_unique<MainWindow>(backend, m_licence);
+        m_window->resize(900, 600);
+        m_window->show();
+        return *m_window;
+    }
+    bool waitForEvaluation(MainWindow &window, int timeoutMs = 20000)
+    {
+        QSignalSpy evaluated(window.monitor(), &DiskMonitor::evaluated);
+        return evaluated.wait(timeoutMs);
+    }
+
+private slots:
+    void initTestCase()
+    {
+        initKorvaneImages();
+        QVERIFY(LanguageTable::loadLanguage(LanguageTable::English));
+    }
+    void init()
+    {
+        m_home = std::make_unique<QTemporaryDir>();
+        QString error;
+        QVERIFY2(SettingsStore::instance().setHomeFolder(m_home->path(), &error), qPrintable(error));
+        setDefaults(QStyleFactory::keys());
+    }
+    void cleanup()
+    {
+        m_window.reset();
+        ATA_Smart::setWatchdogIntervalForTests(0);
+    }
+
+    void showsTheDemoDisks();
+    void monitoringSwitchShowsInPanelAndActions();
+    void withoutDisksSaysSoAndDisablesTheScanPage();
+    void staysResponsiveWhileADiskHangs();
+    void closingWithoutTraySavesAndEndsTheSession();
+    void scanLinesNameTheirDisk();
+    void unreadableDisksAreNamedBesideTheOthers();
+    void trayDigitsLandOnTheirPixels();
+};
+
+void TestMainWindow::showsTheDemoDisks()
+{
+    MainWindow &window = openOn({TestEnv::demoDir()});
+    QVERIFY(waitForEvaluation(window));
+    const QList<DiskRecord> &disks = window.monitor()->disks();
+    auto *tree = window.findChild<DiskTree *>();
+    QCOMPARE(tree->topLevelItemCount(), disks.size());
+    for (int i = 0; i < disks.size(); ++i)
+        QCOMPARE(tree->topLevelItem(i)->text(0), disks.at(i).model);
+    QCOMPARE(tree->currentDisk(), 0);
+
+    // The first disk's SMART rows fill the table, its status panel says it is healthy.
+    auto *smart = window.findChild<SmartInfoPage *>();
+    QCOMPARE(smart->model()->rowCount(), disks.at(0).attributes.size());
+    QVERIFY(labelTexts(window.findChild<DiskInfoPage *>()).contains(QStringLiteral("<B>Health Status: OK")));
+
+    // The list starts with the session and carries the archive disk's warning, newest on top.
+    const QStringList lines = window.findChild<EventsLogPage *>()->lines();
+    QVERIFY(lines.last().endsWith(QStringLiteral(" Session started")));
+    QVERIFY(std::any_of(lines.begin(), lines.end(),
+                        [](const QString &line) { return line.contains(QStringLiteral("HX2000-5K4")); }));
+
+    // Selecting the disk without SMART empties the table and says why.
+    const int noSmart = int(std::find_if(disks.begin(), disks.end(), [](const DiskRecord &d) {
+                                return d.attributes.isEmpty() && d.monitored;
+                            }) - disks.begin());
+    QVERIFY(noSmart < disks.size());
+    tree->setCurrentItem(tree->topLevelItem(noSmart));
+    QCOMPARE(smart->model()->rowCount(), 0);
+    QVERIFY(labelTexts(window.findChild<DiskInfoPage *>()).contains(QStringLiteral("<B>SMART not supported")));
+}
+
+void TestMainWindow::monitoringSwitchShowsInPanelAndActions()
+{
+    MainWindow &window = openOn({TestEnv::demoDir()});
+    QVERIFY(waitForEvaluation(window));
+    QSignalSpy evaluated(window.monitor(), &DiskMonitor::evaluated);
+    window.set_scan_Off();
+    QCOMPARE(evaluated.count(), 1); // switching off evaluates at once
+    QVERIFY(!window.monitor()->disks().at(0).monitored);
+    QVERIFY(labelTexts(window.findChild<DiskInfoPage *>()).contains(QStringLiteral("<B>Not Monitoring")));
+    QCOMPARE(window.findChild<SmartInfoPage *>()->model()->rowCount(), 0);
+
+    window.set_scan_On();
+    QVERIFY(window.monitor()->disks().at(0).monitored);
+    window.update_ALL();
+    QVERIFY(waitForEvaluation(window));
+    QVERIFY(labelTexts(window.findChild<DiskInfoPage *>()).contains(QStringLiteral("<B>Health Status: OK")));
+}
+
+void TestMainWindow::withoutDisksSaysSoAndDisablesTheScanPage()
+{
+    QTemporaryDir empty;
+    MainWindow &window = openOn({empty.path()});
+    QVERIFY(waitForEvaluation(window));
+    QCOMPARE(window.findChild<DiskTree *>()->topLevelItemCount(), 0);
+    QVERIFY(!window.findChild<QTabWidget *>()->isTabEnabled(2));
+    QVERIFY(labelTexts(window.findChild<DiskInfoPage *>()).contains(QStringLiteral("<B>No Disks")));
+    // Nothing to switch, but the refresh still runs the (empty) cycle, at once.
+    QSignalSpy evaluated(window.monitor(), &DiskMonitor::evaluated);
+    window.set_scan_Off();
+    window.update_ALL();
+    QCOMPARE(evaluated.size(), 1);
+}
+
+void TestMainWindow::unreadableDisksAreNamedBesideTheOthers()
+{
+    QTemporaryDir dir;
+    QFile locked(dir.filePath(QStringLiteral("locked.json")));
+    QVERIFY(locked.open(QIODevice::WriteOnly));
+    locked.write(R"({"size": 1000204886016, "identity": {"model": "Locked One", "serial": "L1"},
+                    "behaviour": {"openFails": true}})");
+    locked.close();
+    MainWindow &window = openOn({TestEnv::demoDir() + QStringLiteral("/01-halvard-system.json"), locked.fileName()});
+    QVERIFY(waitForEvaluation(window));
+    QCOMPARE(window.findChild<DiskTree *>()->topLevelItemCount(), 1);
+    // The readable disk is shown; the Events Log names the other and says what to do, in that order.
+    const QStringList lines = window.findChild<EventsLogPage *>()->lines();
+    const auto named = std::find_if(lines.begin(), lines.end(), [](const QString &line) {
+        return line.endsWith(QStringLiteral(": cannot be opened for reading and writing (simulated)"));
+    });
+    QVERIFY2(named != lines.end(), qPrintable(lines.join(QLatin1Char('\n'))));
+    QVERIFY(named + 1 != lines.end() && (named + 1)->contains(QStringLiteral("\"openFails\"")));
+}
+
+void TestMainWindow::staysResponsiveWhileADiskHangs()
+{
+    ATA_Smart::setWatchdogIntervalForTests(1500);
+    MainWindow &window = openOn({TestEnv::demoDir() + QStringLiteral("/extra/hanging-disk.json"),
+                                 TestEnv::demoDir() + QStringLiteral("/01-halvard-system.json")});
+    // A 20 ms heartbeat on the window's thread: it must never stall while the disk hangs.
+    QElapsedTimer clock;
+    clock.start();
+    qint64 last = 0;
+    qint64 longestGap = 0;
+    QTimer heartbeat;
+    connect(&heartbeat, &QTimer::timeout, this, [&] {
+        longestGap = std::max(longestGap, clock.elapsed() - last);
+        last = clock.elapsed();
+    });
+    heartbeat.start(20);
+    QVERIFY(waitForEvaluation(window));
+    QVERIFY2(longestGap < 1000, qPrintable(QStringLiteral("the window stalled for %1 ms").arg(longestGap)));
+    // The healthy disk is shown; the hung one is named in the Events Log.
+    QCOMPARE(window.findChild<DiskTree *>()->topLevelItemCount(), 2);
+    const QStringList lines = window.findChild<EventsLogPage *>()->lines();
+    QVERIFY(std::any_of(lines.begin(), lines.end(),
+                        [](const QString &line) { return line.contains(QStringLiteral("HX320-7K1")); }));
+}
+
+void TestMainWindow::closingWithoutTraySavesAndEndsTheSession()
+{
+    MainWindow &window = openOn({TestEnv::demoDir()});
+    QVERIFY(waitForEvaluation(window));
+    QSignalSpy closing(&window, &MainWindow::closeApp);
+    // Offscreen there is no tray: the close button must quit, not hide the window for ever.
+    QVERIFY(window.close());
+    QCOMPARE(closing.count(), 1);
+    QVERIFY(QFile::exists(SettingsStore::instance().settingsFilePath()));
+    window.finishSession();
+    QFile log(SettingsStore::instance().eventLogPath());
+    QVERIFY(log.open(QIODevice::ReadOnly));
+    const QList<QByteArray> records = log.readAll().trimmed().split('\n');
+    QVERIFY(records.first().endsWith("INFO]![Session started"));
+    QVERIFY(records.last().endsWith("INFO]![Session finished"));
+}
+
+void TestMainWindow::scanLinesNameTheirDisk()
+{
+    MainWindow &window = openOn({TestEnv::demoDir()});
+    QVERIFY(waitForEvaluation(window));
+    window.writeIntoLogFromScan(1, 3, QStringLiteral("Bad Sectors between 10 - 20"));
+    const QString top = window.findChild<EventsLogPage *>()->lines().first();
+    QVERIFY2(top.endsWith(QStringLiteral(" Norrik NV500 SSD Bad Sectors between 10 - 20")), qPrintable(top));
+    window.writeIntoLogFromScan(99, 3, QStringLiteral("ignored"));
+    QCOMPARE(window.findChild<EventsLogPage *>()->lines().first(), top);
+}
+
+void TestMainWindow::trayDigitsLandOnTheirPixels()
+{
+    // Every stroke covers exactly its pixels: no smoothing, no half-pixel shift.
+    for (const QString text : {QStringLiteral("45"), QStringLiteral("-5"), QStringLiteral("131"), QStringLiteral("7")}) {
+        QSet<QString> expected;
+        for (const QLine &stroke : TemperatureDigits::strokes(text)) {
+            const int dx = stroke.dx() == 0 ? 0 : (stroke.dx() > 0 ? 1 : -1);
+            const int dy = stroke.dy() == 0 ? 0 : (stroke.dy() > 0 ? 1 : -1);
+            for (QPoint p = stroke.p1();; p += QPoint(dx, dy)) {
+                if (p.x() >= 0 && p.x() < 16 && p.y() >= 0 && p.y() < 16)
+                    expected << QStringLiteral("%1,%2").arg(p.x()).arg(p.y());
+                if (p == stroke.p2())
+                    break;
+            }
+        }
+        const QImage icon = TrayIconPainter::temperature(text, Qt::red).toImage();
+        QCOMPARE(icon.size(), QSize(16, 16));
+        QCOMPARE(paintedPixels(icon), expected);
+    }
+}
+
+QTEST_MAIN(TestMainWindow)
+#include "tst_mainwindow.moc"
