@@ -1,5 +1,7 @@
 #include "DiskTree.h"
 
+#include "IconCache.h"
+
 #include "device/DiskRecord.h"
 #include "health/DiskPanelPlan.h"
 #include "health/HealthTexts.h"
@@ -22,7 +24,7 @@ void DiskTree::rebuild(const QList<DiskRecord> &disks, const AppSettings &settin
     clear();
     for (const DiskRecord &disk : disks) {
         auto *item = new QTreeWidgetItem;
-        item->setIcon(0, QIcon(DiskPanelPlan::discoveryTreeIcon(disk)));
+        item->setIcon(0, IconCache::icon(DiskPanelPlan::discoveryTreeIcon(disk)));
         item->setText(1, DiskPanelPlan::discoveryTemperatureText(disk, settings));
         item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
         item->setText(0, disk.model);
@@ -36,7 +38,7 @@ void DiskTree::applyPlan(int index, const DiskPanelPlan &plan)
     QTreeWidgetItem *item = topLevelItem(index);
     if (!item)
         return;
-    item->setIcon(0, QIcon(plan.treeIcon));
+    item->setIcon(0, IconCache::icon(plan.treeIcon));
     if (!plan.temperatureText.isEmpty())
         item->setText(1, plan.temperatureText);
 }

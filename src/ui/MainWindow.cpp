@@ -1,5 +1,7 @@
 #include "MainWindow.h"
 
+#include "IconCache.h"
+
 #include "AboutDialog.h"
 #include "DiskInfoPage.h"
 #include "DiskTree.h"
@@ -40,7 +42,7 @@ namespace {
 
 QIcon image(const char *name)
 {
-    return QIcon(QStringLiteral(":/new/prefix1/images/") + QLatin1String(name));
+    return IconCache::icon(QStringLiteral(":/new/prefix1/images/") + QLatin1String(name));
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "TrayController.h"
 
+#include "IconCache.h"
+
 #include "TrayIconPainter.h"
 
 #include "health/DesktopNotifier.h"
@@ -11,7 +13,7 @@ TrayController::TrayController(QMenu *menu, QObject *parent)
     : QObject(parent), m_tray(new QSystemTrayIcon(this)), m_notifier(new DesktopNotifier(this))
 {
     m_tray->setContextMenu(menu);
-    m_tray->setIcon(QIcon(QStringLiteral(":/new/prefix1/images/secure_apply.png")));
+    m_tray->setIcon(IconCache::icon(QStringLiteral(":/new/prefix1/images/secure_apply.png")));
     m_tray->setToolTip(QStringLiteral("Korvane"));
     connect(m_tray, &QSystemTrayIcon::activated, this, &TrayController::activated);
     if (isTrayAvailable())
@@ -29,11 +31,17 @@ void TrayController::apply(const TrayIconPlan &plan)
 {
     if (plan.empty)
         return;
-    if (plan.temperatureMode)
-        m_tray->setIcon(QIcon(TrayIconPainter::temperature(plan.digits, QColor(plan.colour))));
-    else if (!plan.statusIcon.isEmpty())
-        m_tray->setIcon(QIcon(plan.statusIcon));
-    m_tray->setToolTip(plan.toolTip);
+    // Every new icon goes out to the panel: send one only when the picture changes.
+    const QString drawn = plan.temperatureMode ? plan.digits + QLatin1Char('/') + QString::number(plan.colour)
+                                               : plan.statusIcon;
+    if (!drawn.isEmpty() && drawn != m_drawn) {
+        m_drawn = drawn;
+        m_tray->setIcon(plan.temperatureMode
+                            ? QIcon(TrayIconPainter::temperature(plan.digits, QColor(plan.colour)))
+                            : IconCache::icon(plan.statusIcon));
+    }
+    if (plan.toolTip != m_tray->toolTip())
+        m_tray->setToolTip(plan.toolTip);
 }
 
 void TrayController::popUp(const QString &title, const QString &text, HealthState level)

@@ -37,4 +37,5 @@ signals:
 private:
     QSystemTrayIcon *m_tray;
     DesktopNotifier *m_notifier;
+    QString m_drawn; ///< what the icon shows now: digits and colour, or the status icon's path
 };

@@ -3,6 +3,7 @@
 #include "device/simulated/SimulatedBackend.h"
 #include "health/SmartTableModel.h"
 #include "health/TemperatureDigits.h"
+#include "health/TrayIconPlan.h"
 #include "monitor/ATA_Smart.h"
 #include "monitor/DiskMonitor.h"
 #include "settings/AppSettings.h"
@@ -14,12 +15,15 @@
 #include "ui/EventsLogPage.h"
 #include "ui/MainWindow.h"
 #include "ui/SmartInfoPage.h"
+#include "ui/TrayController.h"
 #include "ui/TrayIconPainter.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
+#include <QListWidget>
+#include <QMenu>
 #include <QSignalSpy>
 #include <QStyleFactory>
 #include <QTabWidget>
@@ -130,6 +134,14 @@ void TestMainWindow::showsTheDemoDisks()
     QVERIFY(lines.last().endsWith(QStringLiteral(" Session started")));
     QVERIFY(std::any_of(lines.begin(), lines.end(),
                         [](const QString &line) { return line.contains(QStringLiteral("HX2000-5K4")); }));
+    // A lasting warning adds lines on every poll: lines of one kind share one icon, or each
+    // would keep pixmaps of its own for as long as the program runs.
+    QListWidget *list = window.findChild<EventsLogPage *>()->list();
+    QCOMPARE(list->item(0)->icon().cacheKey(), list->item(1)->icon().cacheKey());
+    const qint64 warningIcon = list->item(0)->icon().cacheKey();
+    window.update_ALL();
+    QVERIFY(waitForEvaluation(window));
+    QCOMPARE(list->item(0)->icon().cacheKey(), warningIcon);
 
     // Selecting the disk without SMART empties the table and says why.
     const int noSmart = int(std::find_if(disks.begin(), disks.end(), [](const DiskRecord &d) {
@@ -266,6 +278,23 @@ void TestMainWindow::trayDigitsLandOnTheirPixels()
         QCOMPARE(icon.size(), QSize(16, 16));
         QCOMPARE(paintedPixels(icon), expected);
     }
+
+    // The panel gets a new icon only when the picture changes, not on every poll.
+    QMenu menu;
+    TrayController tray(&menu);
+    TrayIconPlan plan;
+    plan.empty = false;
+    plan.temperatureMode = true;
+    plan.digits = QStringLiteral("41");
+    plan.colour = Qt::green;
+    tray.apply(plan);
+    const qint64 drawn = tray.icon().cacheKey();
+    tray.apply(plan);
+    QCOMPARE(tray.icon().cacheKey(), drawn);
+    plan.colour = Qt::yellow;
+    tray.apply(plan);
+    QVERIFY(tray.icon().cacheKey() != drawn);
+    QCOMPARE(tray.icon().pixmap(16, 16).toImage().pixelColor(13, 0), QColor(Qt::yellow)); // top bar of the 1
 }
 
 QTEST_MAIN(TestMainWindow)
