@@ -53,6 +53,17 @@ bool shootLanguage(MainWindow &window, const QString &folder, const QString &lan
     about.show();
     wait(100);
     ok &= save(about, QStringLiteral("%1/about-%2.png").arg(folder, language));
+    about.close();
+    // The registration box is modal: picture and close it once it is up.
+    QTimer::singleShot(200, &window, [&] {
+        for (QWidget *widget : QApplication::topLevelWidgets()) {
+            if (auto *box = qobject_cast<QMessageBox *>(widget); box && box->isVisible()) {
+                ok &= save(*box, QStringLiteral("%1/register-%2.png").arg(folder, language));
+                box->accept();
+            }
+        }
+    });
+    window.registrationApp();
     return ok;
 }
 
