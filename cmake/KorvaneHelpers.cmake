@@ -11,7 +11,7 @@ endfunction()
 # Each test runs headless and finds the source tree, the build tree and the
 # shared test data through the environment.
 function(korvane_add_tests dir)
-    cmake_parse_arguments(ARG "" "" "TESTS;LINK;ENV" ${ARGN})
+    cmake_parse_arguments(ARG "" "" "TESTS;LINK;ENV;WRAP" ${ARGN})
     if(KORVANE_SANITIZE_THREAD)
         # Qt itself is not instrumented and hands data between threads under
         # locks the race detector cannot see: check only our own accesses. The
@@ -22,7 +22,7 @@ function(korvane_add_tests dir)
     foreach(name IN LISTS ARG_TESTS)
         add_executable(${name} ${CMAKE_CURRENT_SOURCE_DIR}/${dir}/${name}.cpp)
         target_link_libraries(${name} PRIVATE ${ARG_LINK} kv_testsupport Qt6::Test)
-        add_test(NAME ${name} COMMAND ${name})
+        add_test(NAME ${name} COMMAND ${ARG_WRAP} $<TARGET_FILE:${name}>)
         set_tests_properties(${name} PROPERTIES
             TIMEOUT 300
             ENVIRONMENT "QT_QPA_PLATFORM=offscreen;KORVANE_SOURCE_DIR=${CMAKE_SOURCE_DIR};KORVANE_TESTDATA=${KORVANE_TESTDATA};KORVANE_BINARY_DIR=${CMAKE_BINARY_DIR};${ARG_ENV}")

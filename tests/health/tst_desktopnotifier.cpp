@@ -3,9 +3,7 @@
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusVariant>
-#include <QProcess>
 #include <QSignalSpy>
-#include <QStandardPaths>
 #include <QTest>
 
 namespace {
@@ -38,37 +36,24 @@ public slots:
 class TestDesktopNotifier : public QObject
 {
     Q_OBJECT
-    QProcess m_bus;
-
 private slots:
     void initTestCase();
-    void cleanupTestCase();
     void popUpsReachTheNotificationServer();
     void withoutAServerTheFailureIsReported();
 };
 
 void TestDesktopNotifier::initTestCase()
 {
-    // A private session bus, so the test never shows anything on a developer's desktop.
-    const QString daemon = QStandardPaths::findExecutable(QStringLiteral("dbus-daemon"));
-    if (daemon.isEmpty())
-        QSKIP("dbus-daemon is not installed");
-    m_bus.start(daemon, {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
-    QVERIFY(m_bus.waitForReadyRead(10000));
-    const QByteArray address = m_bus.readLine().trimmed();
-    qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+    // CTest starts this test under dbus-run-session; on a desktop's own bus the fake server
+    // could not take the name, and real pop-ups would appear.
+    if (qEnvironmentVariableIntValue("KORVANE_PRIVATE_BUS") != 1)
+        QSKIP("needs a private session bus: run it through ctest (dbus-run-session)");
     QVERIFY(QDBusConnection::sessionBus().isConnected());
-}
-
-void TestDesktopNotifier::cleanupTestCase()
-{
-    m_bus.kill();
-    m_bus.waitForFinished();
 }
 
 void TestDesktopNotifier::popUpsReachTheNotificationServer()
 {
-    QDBusConnection serverBus = QDBusConnection::connectToBus(qgetenv("DBUS_SESSION_BUS_ADDRESS"), QStringLiteral("server"));
+    QDBusConnection serverBus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("server"));
     FakeNotificationServer server;
     QVERIFY(serverBus.registerObject(QStringLiteral("/org/freedesktop/Notifications"), &server,
                                      QDBusConnection::ExportAllSlots));
