@@ -14,7 +14,7 @@ void DesktopNotifier::notify(const QString &title, const QString &text, HealthSt
         QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("/org/freedesktop/Notifications"),
         QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("Notify"));
     QVariantMap hints;
-    // The urgency hint is a byte by the specification; an int is ignored by some servers.
+    // The notification protocol defines the urgency hint as a byte; some servers ignore an int.
     hints.insert(QStringLiteral("urgency"), QVariant::fromValue<uchar>(level == HealthAlarm ? 2 : 1));
     hints.insert(QStringLiteral("desktop-entry"), QStringLiteral("korvane"));
     const QString icon = level == HealthAlarm ? QStringLiteral("dialog-error") : QStringLiteral("dialog-warning");
