@@ -43,8 +43,6 @@ public:
     DiskMonitor *monitor() const { return m_monitor; }
     /// Records the end of the session; called once the event loop has returned.
     void finishSession();
-    /// True while discovery and the first read run.
-    bool isDiscovering() const { return m_discoveryBusy; }
     /// The tray side of the window.
     TrayController *tray() const { return m_tray; }
 
@@ -96,7 +94,6 @@ private:
     void showSelectedDisk();
     void updateMonitoringActions();
     void placeLookingPanel();
-    void setLastChecked(const QDateTime &when);
     void detailLog(const QString &entry) const;
 
     DiskMonitor *m_monitor;

@@ -59,13 +59,3 @@ void disk_status::showDisk(const DiskRecord &disk, const DiskPanelPlan &plan, in
     m_note->setText(disk.note.trimmed());
     m_note->setVisible(!disk.note.trimmed().isEmpty());
 }
-
-void disk_status::showNothing()
-{
-    m_gauge->clear();
-    m_stateIcon->clear();
-    m_health->clear();
-    m_healthLine->clear();
-    m_workTime->clear();
-    m_note->clear();
-}

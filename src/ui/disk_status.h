@@ -19,8 +19,6 @@ public:
 
     /// Shows \a disk as \a plan says; \a gaugeText is the temperature written on the gauge.
     void showDisk(const DiskRecord &disk, const DiskPanelPlan &plan, int unitSetting, const QString &gaugeText);
-    /// Shows that there is no disk.
-    void showNothing();
     /// The temperature gauge, which also takes the limits and the unit.
     TemperatureGauge *gauge() const { return m_gauge; }
 
