@@ -1,6 +1,7 @@
 #include "DiskPanelPlan.h"
 
 #include "HealthTexts.h"
+#include "WindowTexts.h"
 
 #include "device/DiskRecord.h"
 #include "device/PowerOnTime.h"
@@ -10,7 +11,7 @@ namespace {
 
 QString image(const char *name)
 {
-    return QStringLiteral(":/new/prefix1/images/") + QLatin1String(name);
+    return WindowTexts::imagePath(QLatin1StringView(name));
 }
 
 QString notSupported()
@@ -82,11 +83,19 @@ DiskPanelPlan DiskPanelPlan::forDisk(const DiskRecord &disk, const AppSettings &
     plan.temperatureText = temperatureColumn(disk, settings);
     plan.gaugeShown = disk.hasTemperature;
     plan.temperatureCelsius = disk.temperature;
+    plan.gaugeUnit = settings.temp_celsius;
+    plan.gaugeLabel = gaugeText(disk.temperature, settings);
     if (!disk.hasTemperature)
         plan.thermometerIcon = image("term_not_sup.png");
     plan.workTimeLabel = PowerOnTime::workTimeLabel(disk);
     applyLevel(plan, plan.state);
     return plan;
+}
+
+QString DiskPanelPlan::gaugeText(int celsius, const AppSettings &settings)
+{
+    return settings.temp_celsius == 0 ? QStringLiteral("%1°C").arg(celsius)
+                                      : QStringLiteral("%1°F").arg(settings.displayTemperature(celsius));
 }
 
 QString DiskPanelPlan::discoveryTemperatureText(const DiskRecord &disk, const AppSettings &settings)

@@ -25,6 +25,8 @@ struct DiskPanelPlan
     QString temperatureText; ///< disk-tree column 1; empty leaves the column as it is
     bool gaugeShown = false; ///< draw the gauge at temperatureCelsius
     int temperatureCelsius = 0;
+    int gaugeUnit = 0;       ///< the unit setting the gauge's dial is drawn for (0 Celsius, else Fahrenheit)
+    QString gaugeLabel;      ///< written on the gauge: "%1°C" or "%1°F"
     QString thermometerIcon; ///< resource path shown instead of the gauge when gaugeShown is false
     QString stateIcon;       ///< resource path of the status panel's state icon
     QString healthLabel;     ///< rich text beside the state icon
@@ -38,6 +40,8 @@ struct DiskPanelPlan
     static QString discoveryTemperatureText(const DiskRecord &disk, const AppSettings &settings);
     /// Disk-tree icon right after discovery, before the first evaluation.
     static QString discoveryTreeIcon(const DiskRecord &disk);
+    /// "%1°C" or "%1°F": \a celsius in the display unit of \a settings, as the gauge writes it.
+    static QString gaugeText(int celsius, const AppSettings &settings);
     /// True when the disk counts as having SMART data for the window (rows were read).
     static bool hasSmart(const DiskRecord &disk);
 };

@@ -35,12 +35,6 @@ bool TrayIconPlan::showsTemperature(const DiskRecord &disk)
     return disk.smartState > 0 && disk.monitored && disk.hasTemperature;
 }
 
-QString TrayIconPlan::gaugeText(int celsius, const AppSettings &settings)
-{
-    return settings.temp_celsius == 0 ? QStringLiteral("%1°C").arg(celsius)
-                                      : QStringLiteral("%1°F").arg(settings.displayTemperature(celsius));
-}
-
 Qt::GlobalColor TrayIconPlan::colourOf(int index)
 {
     static constexpr std::array<Qt::GlobalColor, 16> table = {

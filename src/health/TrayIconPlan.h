@@ -25,8 +25,6 @@ struct TrayIconPlan
                                HealthState overall, const QString &summary);
     /// True when \a disk has a temperature the tray and the gauge may show.
     static bool showsTemperature(const DiskRecord &disk);
-    /// "%1°C" or "%1°F": \a celsius in the display unit of \a settings, as the gauge writes it.
-    static QString gaugeText(int celsius, const AppSettings &settings);
     /// The colour setting \a index (0..15) as a Qt standard colour; light gray for any other value.
     static Qt::GlobalColor colourOf(int index);
 };

@@ -22,6 +22,11 @@ QString iconFragment(const QString &iconName)
 
 } // namespace
 
+QString imagePath(QLatin1StringView name)
+{
+    return image(name);
+}
+
 QString diskStatusHeading(const QDateTime &when)
 {
     return QStringLiteral("Disk Status [Last Checked: %1]").arg(stamp(when));

@@ -9,6 +9,8 @@
 /// check, Events Log list lines and their icons, the attribute description pane and its legend.
 namespace WindowTexts {
 
+/// The resource path of the image file \a name ("harddisk_Ok.png"): every image of the window lives there.
+QString imagePath(QLatin1StringView name);
 /// "Disk Status [Last Checked: <date> <time>]", ISO date and time.
 QString diskStatusHeading(const QDateTime &when);
 /// "Volumes [Last Checked: <date> <time>]".

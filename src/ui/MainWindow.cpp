@@ -42,7 +42,7 @@ namespace {
 
 QIcon image(const char *name)
 {
-    return IconCache::icon(QStringLiteral(":/new/prefix1/images/") + QLatin1String(name));
+    return IconCache::icon(WindowTexts::imagePath(QLatin1StringView(name)));
 }
 
 } // namespace
@@ -231,7 +231,6 @@ void MainWindow::applySettings()
 
 void MainWindow::InitSystem()
 {
-    m_discoveryBusy = true;
     if (appSettings().showMainWindow) {
         placeLookingPanel();
         m_looking->show();
@@ -247,7 +246,6 @@ void MainWindow::get_devices_complette(const QList<DiskRecord> &disks, const QDa
     m_tree->rebuild(disks, appSettings());
     m_looking->hide();
     m_show->setEnabled(isHidden());
-    m_discoveryBusy = false;
     m_refresh->setEnabled(true);
     const int treeWidth = m_tree->fitColumns();
     m_splitter->setSizes({treeWidth, qMax(0, width() - treeWidth)});
@@ -302,15 +300,17 @@ void MainWindow::SMART_updateDisplay()
     const QList<DiskRecord> &disks = m_monitor->disks();
     if (m_tree->topLevelItemCount() == 0 || disks.size() != m_tree->topLevelItemCount())
         return;
-    for (int i = 0; i < disks.size(); ++i)
-        m_tree->applyPlan(i, DiskPanelPlan::forDisk(disks.at(i), appSettings()));
+    QList<DiskPanelPlan> plans;
+    for (int i = 0; i < disks.size(); ++i) {
+        plans.append(DiskPanelPlan::forDisk(disks.at(i), appSettings()));
+        m_tree->applyPlan(i, plans.last());
+    }
     const int index = m_tree->currentDisk();
     if (index < 0)
         return;
     const DiskRecord &disk = disks.at(index);
-    const DiskPanelPlan plan = DiskPanelPlan::forDisk(disk, appSettings());
-    m_infoPage->statusPanel()->showDisk(disk, plan, appSettings().temp_celsius,
-                                        TrayIconPlan::gaugeText(disk.temperature, appSettings()));
+    const DiskPanelPlan &plan = plans.at(index);
+    m_infoPage->statusPanel()->showDisk(disk, plan);
     if (plan.kind == DiskPanelPlan::Kind::Smart)
         m_smartPage->showDisk(disk);
     else
@@ -341,9 +341,7 @@ void MainWindow::show_temp_drive(int index)
     }
     const int gaugeDisk = index < 0 ? m_tree->currentDisk() : index;
     if (gaugeDisk >= 0 && gaugeDisk < disks.size() && shows(disks.at(gaugeDisk)))
-        m_infoPage->statusPanel()->gauge()->showTemperature(
-            disks.at(gaugeDisk).temperature, appSettings().temp_celsius,
-            TrayIconPlan::gaugeText(disks.at(gaugeDisk).temperature, appSettings()));
+        m_infoPage->statusPanel()->showGauge(DiskPanelPlan::forDisk(disks.at(gaugeDisk), appSettings()));
 }
 
 void MainWindow::trayUpdate()
@@ -409,7 +407,7 @@ void MainWindow::set_scan_Off()
 void MainWindow::updateMonitoringActions()
 {
     const int index = m_tree->currentDisk();
-    const bool known = !m_discoveryBusy && index >= 0 && index < m_monitor->disks().size();
+    const bool known = !m_monitor->isDiscovering() && index >= 0 && index < m_monitor->disks().size();
     const bool monitored = known && m_monitor->disks().at(index).monitored;
     m_monitorOff->setEnabled(known && monitored);
     m_monitorOn->setEnabled(known && !monitored);
@@ -468,7 +466,7 @@ void MainWindow::closeEvent(QCloseEvent *event)
     }
     emit closeApp();
     QString error;
-    if (!m_discoveryBusy && !SettingsStore::instance().save(m_monitor->disks(), &error))
+    if (!m_monitor->isDiscovering() && !SettingsStore::instance().save(m_monitor->disks(), &error))
         qWarning("Korvane: the settings were not saved: %s", qPrintable(error));
     event->accept();
 }

@@ -125,7 +125,6 @@ private:
     ExternalTaskRunner m_tasks;
     HealthState m_overall = HealthUnknown;
     QString m_traySummary;
-    bool m_discoveryBusy = false;
     bool m_quitRequested = false;
     bool m_sessionFinished = false;
 };

@@ -1,5 +1,6 @@
 #include "TemperatureGauge.h"
 
+#include "BarColours.h"
 #include "UiFont.h"
 
 #include <QPainter>
@@ -41,8 +42,8 @@ QPixmap TemperatureGauge::drawFace(int celsius, int unitSetting, const QString &
         return face;
     QPainter painter(&face);
     painter.setRenderHint(QPainter::Antialiasing);
-    drawLimit(painter, m_warning, QColor(0xe0, 0x9b, 0x1a));
-    drawLimit(painter, m_critical, QColor(0xd0, 0x3b, 0x32));
+    drawLimit(painter, m_warning, BarColours::forLevel(HealthWarning));
+    drawLimit(painter, m_critical, BarColours::forLevel(HealthAlarm));
     painter.setPen(QPen(Qt::white, 1));
     painter.setBrush(Qt::white);
     painter.setFont(UiFont::desktop(8));

@@ -40,13 +40,17 @@ disk_status::disk_status(QWidget *parent)
     layout->setColumnStretch(2, 1);
 }
 
-void disk_status::showDisk(const DiskRecord &disk, const DiskPanelPlan &plan, int unitSetting,
-                           const QString &gaugeText)
+void disk_status::showGauge(const DiskPanelPlan &plan)
 {
     if (plan.gaugeShown)
-        m_gauge->showTemperature(plan.temperatureCelsius, unitSetting, gaugeText);
+        m_gauge->showTemperature(plan.temperatureCelsius, plan.gaugeUnit, plan.gaugeLabel);
     else
         m_gauge->showIcon(plan.thermometerIcon);
+}
+
+void disk_status::showDisk(const DiskRecord &disk, const DiskPanelPlan &plan)
+{
+    showGauge(plan);
     m_stateIcon->setPixmap(QPixmap(plan.stateIcon));
     m_health->setText(plan.healthLabel);
     m_stateIcon->setAccessibleDescription(m_health->text());

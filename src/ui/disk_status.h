@@ -17,8 +17,10 @@ public:
     /// An empty panel.
     explicit disk_status(QWidget *parent = nullptr);
 
-    /// Shows \a disk as \a plan says; \a gaugeText is the temperature written on the gauge.
-    void showDisk(const DiskRecord &disk, const DiskPanelPlan &plan, int unitSetting, const QString &gaugeText);
+    /// Shows \a disk as \a plan says.
+    void showDisk(const DiskRecord &disk, const DiskPanelPlan &plan);
+    /// Shows the gauge (or the icon standing in for it) of \a plan only.
+    void showGauge(const DiskPanelPlan &plan);
     /// The temperature gauge, which also takes the limits and the unit.
     TemperatureGauge *gauge() const { return m_gauge; }
 

@@ -1,4 +1,5 @@
 #include "device/DiskRecord.h"
+#include "health/DiskPanelPlan.h"
 #include "health/ExternalTaskRunner.h"
 #include "health/TemperatureDigits.h"
 #include "health/TrayIconPlan.h"
@@ -152,10 +153,10 @@ void TestAlertActions::gaugeTextFollowsTheUnit()
 {
     AppSettings settings;
     settings.temp_celsius = 0;
-    QCOMPARE(TrayIconPlan::gaugeText(37, settings), QStringLiteral("37°C"));
+    QCOMPARE(DiskPanelPlan::gaugeText(37, settings), QStringLiteral("37°C"));
     settings.temp_celsius = 2; // any non-zero value means Fahrenheit
-    QCOMPARE(TrayIconPlan::gaugeText(37, settings), QStringLiteral("98°F"));
-    QCOMPARE(TrayIconPlan::gaugeText(-5, settings), QStringLiteral("23°F"));
+    QCOMPARE(DiskPanelPlan::gaugeText(37, settings), QStringLiteral("98°F"));
+    QCOMPARE(DiskPanelPlan::gaugeText(-5, settings), QStringLiteral("23°F"));
 }
 
 void TestAlertActions::tasksStartTheFileTheSettingNames()
