@@ -18,24 +18,6 @@ namespace {
 
 const QString prefix = QStringLiteral(":/new/prefix1/images/");
 
-// The pixel size each picture is made for: where it is shown, it is drawn at this size.
-const QMap<int, QStringList> &intendedSizes()
-{
-    static const QMap<int, QStringList> sizes{
-        {16, {"harddisk_Ok", "harddisk_Wrg", "harddisk_Alr", "harddisk_Stop", "harddisk_NoSMART", "information",
-              "mail_error", "gears_run", "col0", "col2", "col4", "col6", "blakBackground"}},
-        {24, {"attr_health", "attr_h_p", "attr_info", "attr_perf"}},
-        {32, {"about_app", "close", "diagnostic_exec", "log_save", "smart_save", "media_play_green", "media_stop_red",
-              "nav_refresh_blue", "paste", "tray_icon", "window_warning", "secure_apply", "secure_at", "secure_red",
-              "chart", "data_view", "data_forbidden", "user1_information"}},
-        {48, {"l_Drive_Ok", "l_Drive_Wr", "l_Drive_Al", "l_Drive_St", "l_Drive_Un"}},
-        {50, {"needle"}},
-        {80, {"term_empty", "term_empty_F", "term_not_mon", "term_not_sup"}},
-        {128, {"korvane"}},
-    };
-    return sizes;
-}
-
 QImage picture(const QString &name)
 {
     return QImage(prefix + name + QStringLiteral(".png")).convertToFormat(QImage::Format_ARGB32);
@@ -71,7 +53,7 @@ class TestImages : public QObject
 private slots:
     void initTestCase();
     void everyImageNamedInTheCodeIsCompiledIn();
-    void everyImageHasItsSizeAndIsNotBlank();
+    void everyImageLoadsAndIsNotBlank();
     void diskStatesDifferInShapeNotOnlyInColour();
     void needleAndDialsAgreeWithTheProgramsTurn();
 };
@@ -116,34 +98,24 @@ void TestImages::everyImageNamedInTheCodeIsCompiledIn()
     QVERIFY2(missing.isEmpty(), qPrintable(QStringLiteral("not among the images: ") + missing.join(QStringLiteral(", "))));
 }
 
-void TestImages::everyImageHasItsSizeAndIsNotBlank()
+void TestImages::everyImageLoadsAndIsNotBlank()
 {
-    QMap<QString, int> sizeOf;
-    for (auto it = intendedSizes().cbegin(); it != intendedSizes().cend(); ++it) {
-        for (const QString &name : it.value())
-            sizeOf.insert(name + QStringLiteral(".png"), it.key());
-    }
-
-    QStringList compiledIn;
+    // A drawing the renderer could not read comes out empty, not as a build error.
     QDirIterator entries(prefix, {"*.png"}, QDir::Files);
-    while (entries.hasNext())
-        compiledIn << entries.next().mid(prefix.size());
-    for (const QString &name : sizeOf.keys())
-        QVERIFY2(compiledIn.contains(name), qPrintable(name + QStringLiteral(" is not compiled in")));
-
-    for (const QString &name : compiledIn) {
-        QVERIFY2(sizeOf.contains(name), qPrintable(name + QStringLiteral(" has no intended size here")));
-        const QImage image(prefix + name);
-        QVERIFY2(!image.isNull(), qPrintable(name + QStringLiteral(" does not load")));
-        QCOMPARE(image.size(), QSize(sizeOf[name], sizeOf[name]));
-        const QImage argb = image.convertToFormat(QImage::Format_ARGB32);
+    int count = 0;
+    while (entries.hasNext()) {
+        const QString path = entries.next();
+        const QImage image = QImage(path).convertToFormat(QImage::Format_ARGB32);
+        QVERIFY2(!image.isNull(), qPrintable(path + QStringLiteral(" does not load")));
         int opaque = 0;
-        for (int y = 0; y < argb.height(); ++y) {
-            for (int x = 0; x < argb.width(); ++x)
-                opaque += qAlpha(argb.pixel(x, y)) >= 128;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x)
+                opaque += qAlpha(image.pixel(x, y)) >= 128;
         }
-        QVERIFY2(opaque >= argb.width() * argb.height() / 100, qPrintable(name + QStringLiteral(" is (nearly) empty")));
+        QVERIFY2(opaque >= image.width() * image.height() / 100, qPrintable(path + QStringLiteral(" is (nearly) empty")));
+        ++count;
     }
+    QVERIFY(count > 40);
 }
 
 void TestImages::diskStatesDifferInShapeNotOnlyInColour()
@@ -168,8 +140,10 @@ void TestImages::diskStatesDifferInShapeNotOnlyInColour()
 
 void TestImages::needleAndDialsAgreeWithTheProgramsTurn()
 {
-    // Unturned, the needle points from its pivot (25,25) at the 0 degree mark.
+    // The gauge draws a 50 x 50 needle about (25,25) over an 80 x 80 dial; unturned, the
+    // needle points at the 0 degree mark.
     const QImage needle = picture(QStringLiteral("needle"));
+    QCOMPARE(needle.size(), QSize(50, 50));
     const QPointF pivot(25, 25);
     QPointF tip = pivot;
     for (int y = 0; y < needle.height(); ++y) {
@@ -187,6 +161,7 @@ void TestImages::needleAndDialsAgreeWithTheProgramsTurn()
 
     for (const QString &dialName : {QStringLiteral("term_empty"), QStringLiteral("term_empty_F")}) {
         const QImage dial = picture(dialName);
+        QCOMPARE(dial.size(), QSize(80, 80));
         const QPointF centre(40, 40);
         // The long marks at 0, 50 and 100 degrees stand where the needle will point.
         for (double celsius : {0.0, 50.0, 100.0}) {
