@@ -124,6 +124,18 @@ void MainWindow::buildActions()
     connect(m_monitorOn, &QAction::triggered, this, &MainWindow::set_scan_On);
     m_about = new QAction(image("about_app.png"), QString(), this);
     connect(m_about, &QAction::triggered, this, &MainWindow::show_about_Dlg);
+    m_help = new QAction(QString(), this);
+    m_help->setShortcut(QKeySequence::HelpContents);
+    connect(m_help, &QAction::triggered, this, &MainWindow::show_Help);
+    m_saveLog = new QAction(image("log_save.png"), QString(), this);
+    connect(m_saveLog, &QAction::triggered, this, &MainWindow::saveLog);
+    m_saveSmart = new QAction(image("smart_save.png"), QString(), this);
+    connect(m_saveSmart, &QAction::triggered, this, &MainWindow::saveSMART);
+    m_preferences = new QAction(image("diagnostic_exec.png"), QString(), this);
+    m_preferences->setShortcut(QKeySequence::Preferences);
+    connect(m_preferences, &QAction::triggered, this, &MainWindow::show_Pref_Dlg);
+    m_diskSettings = new QAction(QString(), this);
+    connect(m_diskSettings, &QAction::triggered, this, &MainWindow::show_Dev_Dlg);
     m_register = new QAction(QString(), this);
     connect(m_register, &QAction::triggered, this, &MainWindow::registrationApp);
     m_show = new QAction(image("tray_icon.png"), QString(), this);
@@ -142,6 +154,9 @@ void MainWindow::buildActions()
 void MainWindow::buildMenus()
 {
     m_fileMenu = menuBar()->addMenu(QString());
+    m_fileMenu->addAction(m_saveLog);
+    m_fileMenu->addAction(m_saveSmart);
+    m_fileMenu->addSeparator();
     m_fileMenu->addAction(m_hide);
     m_fileMenu->addAction(m_close);
     m_tasksMenu = menuBar()->addMenu(QString());
@@ -149,7 +164,11 @@ void MainWindow::buildMenus()
     m_tasksMenu->addSeparator();
     m_tasksMenu->addAction(m_monitorOff);
     m_tasksMenu->addAction(m_monitorOn);
+    m_settingsMenu = menuBar()->addMenu(image("paste.png"), QString());
+    m_settingsMenu->addAction(m_preferences);
+    m_settingsMenu->addAction(m_diskSettings);
     m_helpMenu = menuBar()->addMenu(QString());
+    m_helpMenu->addAction(m_help);
     m_helpMenu->addAction(m_about);
     m_helpMenu->addAction(m_register);
 
@@ -162,6 +181,10 @@ void MainWindow::buildMenus()
     m_toolBar->addAction(m_monitorOff);
     m_toolBar->addAction(m_monitorOn);
     m_toolBar->addSeparator();
+    m_toolBar->addAction(m_saveLog);
+    m_toolBar->addAction(m_saveSmart);
+    m_toolBar->addSeparator();
+    m_toolBar->addAction(m_preferences);
     m_toolBar->addAction(m_about);
     // The overflow button Qt adds for a narrow window has no name of its own for screen readers.
     if (auto *more = m_toolBar->findChild<QToolButton *>(QStringLiteral("qt_toolbar_ext_button")))
@@ -206,6 +229,12 @@ void MainWindow::retranslate()
     m_monitorOff->setText(languageText(Lang::MonitoringOff));
     m_monitorOn->setText(languageText(Lang::MonitoringOn));
     m_about->setText(languageText(Lang::About));
+    m_help->setText(languageText(Lang::UserManual));
+    m_saveLog->setText(languageText(Lang::SaveEventLog));
+    m_saveSmart->setText(languageText(Lang::SaveSmartInfo));
+    m_preferences->setText(languageText(Lang::PreferencesTitle));
+    m_diskSettings->setText(languageText(Lang::DiskSettingsTitle));
+    m_settingsMenu->setTitle(languageText(Lang::SettingsMenu));
     m_register->setText(languageText(Lang::Register));
     m_show->setText(languageText(Lang::TrayShow));
     m_hide->setText(languageText(Lang::TrayHide));
@@ -411,6 +440,27 @@ void MainWindow::updateMonitoringActions()
     const bool monitored = known && m_monitor->disks().at(index).monitored;
     m_monitorOff->setEnabled(known && monitored);
     m_monitorOn->setEnabled(known && !monitored);
+    m_diskSettings->setEnabled(known);
+}
+
+void MainWindow::show_Dev_Dlg()
+{
+}
+
+void MainWindow::show_Pref_Dlg()
+{
+}
+
+void MainWindow::show_Help()
+{
+}
+
+void MainWindow::saveLog()
+{
+}
+
+void MainWindow::saveSMART()
+{
 }
 
 void MainWindow::show_about_Dlg()
@@ -486,6 +536,8 @@ void MainWindow::contextMenuEvent(QContextMenuEvent *event)
     menu.addSeparator();
     menu.addAction(m_monitorOff);
     menu.addAction(m_monitorOn);
+    menu.addSeparator();
+    menu.addAction(m_diskSettings);
     menu.exec(event->globalPos());
 }
 

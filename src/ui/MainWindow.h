@@ -61,7 +61,13 @@ public slots:
     void trayHide();
     void trayClose();
     void trayMes(const HealthPopUp &popUp);
+    /// Opens the disk settings form for the selected disk.
+    void show_Dev_Dlg();
+    /// Opens the preferences; does nothing while discovery runs.
+    void show_Pref_Dlg();
     void show_about_Dlg();
+    /// Opens the user manual beside the executable with the desktop's viewer.
+    void show_Help();
     void update_ALL();
     void iconActivated(QSystemTrayIcon::ActivationReason reason);
     void set_scan_On();
@@ -69,6 +75,10 @@ public slots:
     void InitSystem();
     void SMART_updateDisplay();
     void writeIntoLogFromScan(int disk, int kind, const QString &text);
+    /// "Save Event log info": the Events Log lines into a text file the user picks.
+    void saveLog();
+    /// "Save SMART info": the SMART rows of every disk into a text file the user picks.
+    void saveSMART();
     void registrationApp();
     void change_temp_C_F();
     /// Adds one line to the Events Log list and notes the time as the last check.
@@ -118,6 +128,12 @@ private:
     QAction *m_monitorOff = nullptr;
     QAction *m_monitorOn = nullptr;
     QAction *m_about = nullptr;
+    QAction *m_help = nullptr;
+    QAction *m_saveLog = nullptr;
+    QAction *m_saveSmart = nullptr;
+    QAction *m_preferences = nullptr;
+    QAction *m_diskSettings = nullptr;
+    QMenu *m_settingsMenu = nullptr;
     QAction *m_register = nullptr;
     QAction *m_show = nullptr;
     QAction *m_hide = nullptr;
