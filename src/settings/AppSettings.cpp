@@ -6,17 +6,24 @@
 #include <algorithm>
 #include <limits>
 
-int AppSettings::defaultStyleIndex(const QStringList &styleKeys)
+int AppSettings::defaultStyleIndex(const QStringList &styleKeys, const QString &nativeStyle)
 {
-    const int index = styleKeys.indexOf(QStringLiteral("WindowsVista"));
-    return index >= 0 ? index : 1;
+    if (const int index = styleKeys.indexOf(QStringLiteral("WindowsVista")); index >= 0)
+        return index;
+    // Where there is no such style, the one the desktop chose plays its part: the program looks
+    // native unless the user picks another. Style names are matched without case by the toolkit.
+    for (int index = 0; index < styleKeys.size() && !nativeStyle.isEmpty(); ++index) {
+        if (styleKeys.at(index).compare(nativeStyle, Qt::CaseInsensitive) == 0)
+            return index;
+    }
+    return 1;
 }
 
-void AppSettings::setDefaults(const QStringList &styleKeys)
+void AppSettings::setDefaults(const QStringList &styleKeys, const QString &nativeStyle)
 {
     // Only the saved keys: the run-time values come from the command line and must survive.
     AppSettings defaults;
-    defaults.StyleType = defaultStyleIndex(styleKeys);
+    defaults.StyleType = defaultStyleIndex(styleKeys, nativeStyle);
     defaults.showMainWindow = showMainWindow;
     defaults.detailLogEnabled = detailLogEnabled;
     defaults.winPEMode = winPEMode;
@@ -59,9 +66,9 @@ QList<DiskSettings> &diskSettingsList()
     return list;
 }
 
-void setDefaults(const QStringList &styleKeys)
+void setDefaults(const QStringList &styleKeys, const QString &nativeStyle)
 {
-    appSettings().setDefaults(styleKeys);
+    appSettings().setDefaults(styleKeys, nativeStyle);
 }
 
 bool loadSettings()

@@ -49,10 +49,11 @@ struct AppSettings
     bool is64BitBuild = sizeof(void *) == 8;
     QString executableDirectory;   ///< folder of the executable, ending with a separator
 
-    /// Index of "WindowsVista" (exact case) in styleKeys, else 1.
-    static int defaultStyleIndex(const QStringList &styleKeys);
-    /// Puts every saved key back to its default; run-time values stay. styleKeys is the toolkit's style list.
-    void setDefaults(const QStringList &styleKeys);
+    /// Index of "WindowsVista" (exact case) in styleKeys, else of \a nativeStyle (any case), else 1.
+    static int defaultStyleIndex(const QStringList &styleKeys, const QString &nativeStyle = QString());
+    /// Puts every saved key back to its default; run-time values stay. styleKeys is the toolkit's
+    /// style list, nativeStyle the style the desktop chose for the program.
+    void setDefaults(const QStringList &styleKeys, const QString &nativeStyle = QString());
     /// True when sender, recipient and server are all set; port and login are not checked.
     bool isSmtpConfigured() const;
     /// A Celsius value in the display unit: as is when temp_celsius is 0, else c * 9 / 5 + 32 (truncated).
@@ -72,7 +73,7 @@ AppSettings &appSettings();
 QList<DiskSettings> &diskSettingsList();
 
 /// Resets the process-wide settings to their defaults (see AppSettings::setDefaults).
-void setDefaults(const QStringList &styleKeys);
+void setDefaults(const QStringList &styleKeys, const QString &nativeStyle = QString());
 /// Reads the settings file (SettingsStore) into appSettings() and diskSettingsList(); false when there was no readable file.
 bool loadSettings();
 /// Writes appSettings() and one line per disk of disks to the settings file; false when it could not be written.

@@ -248,9 +248,9 @@ QByteArray SettingsFile::render(const AppSettings &s, const QList<DiskRecord> &d
 
 bool SettingsFile::save(const QString &path, const AppSettings &settings, const QList<DiskRecord> &disks)
 {
+    // Always a new file renamed over the old one, never a rewrite in place: a crash or a full disk
+    // during the write must leave the old settings whole.
     QSaveFile file(path);
-    // A folder we may not create files in still lets us rewrite a file we own in place.
-    file.setDirectWriteFallback(true);
     if (!file.open(QIODevice::WriteOnly))
         return false;
 #ifdef Q_OS_UNIX
@@ -264,6 +264,40 @@ bool SettingsFile::save(const QString &path, const AppSettings &settings, const 
         return false;
     }
     return file.commit();
+}
+
+QList<QPair<QString, QString>> SettingsFile::fieldValues(const AppSettings &settings)
+{
+    // The password is looked for twice by the loader; it is listed once.
+    QList<QPair<QString, QString>> values;
+    QStringList seen;
+    for (const KeyRule &rule : keyRules) {
+        QString key = QString::fromLatin1(rule.key);
+        key.chop(1);
+        if (seen.contains(key))
+            continue;
+        seen << key;
+        QString value;
+        if (rule.textField)
+            value = settings.*rule.textField;
+        else if (rule.boolField)
+            value = QString::number(int(settings.*rule.boolField));
+        else
+            value = QString::number(settings.*rule.intField);
+        values.append({key, value});
+    }
+    return values;
+}
+
+QStringList SettingsFile::keyTexts()
+{
+    QStringList keys;
+    for (const KeyRule &rule : keyRules) {
+        const QString key = QString::fromLatin1(rule.key);
+        if (!keys.contains(key))
+            keys << key;
+    }
+    return keys << QStringLiteral("disk[");
 }
 
 void SettingsFile::applyDiskSettings(const QList<DiskSettings> &diskSettings, DiskRecord &disk)

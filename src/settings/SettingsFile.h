@@ -7,7 +7,9 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QPair>
 #include <QString>
+#include <QStringList>
 
 /// Reading and writing the settings file: a flat list of "key=value" lines followed by one
 /// "disk[serial]=(monitored,unit)" line per disk, CR LF line ends, no sections.
@@ -32,4 +34,11 @@ public:
     /// monitoring flag, and its attribute-9 unit only when both the entry's and the disk's unit
     /// are already known.
     static void applyDiskSettings(const QList<DiskSettings> &diskSettings, DiskRecord &disk);
+    /// Each saved key (without "=") with its value as text, in the order the loader tests them, as it
+    /// should read back:
+    /// numbers in decimal, flags as 0 or 1, texts as they are.
+    static QList<QPair<QString, QString>> fieldValues(const AppSettings &settings);
+    /// The texts the loader looks for in a line ("poll_time=", ..., and "disk[" of the disk lines):
+    /// a value holding one of them does not read back as it was written.
+    static QStringList keyTexts();
 };

@@ -7,6 +7,7 @@
 #include "DiskTree.h"
 #include "EventsLogPage.h"
 #include "PlaceholderPage.h"
+#include "Prev_dlg.h"
 #include "SmartInfoPage.h"
 #include "TrayController.h"
 #include "disk_status.h"
@@ -23,6 +24,7 @@
 #include "settings/DetailLog.h"
 #include "settings/LanguageTable.h"
 #include "settings/LicenceLayer.h"
+#include "settings/PreferencesApply.h"
 #include "settings/SettingsStore.h"
 
 #include <QApplication>
@@ -32,6 +34,8 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QSplitter>
+#include <QStyle>
+#include <QStyleFactory>
 #include <QTabWidget>
 #include <QTimer>
 #include <QToolBar>
@@ -252,10 +256,21 @@ void MainWindow::applySettings()
         languageText(Lang::ShowTemperatureIn),
         languageText(settings.temp_celsius == 1 ? Lang::CelsiusName : Lang::FahrenheitName)));
     m_unitButton->setAccessibleName(m_unitButton->toolTip());
+    applyStyle(settings.StyleType);
     m_infoPage->statusPanel()->gauge()->setLimits(settings.warn_temp, settings.crit_temp);
     m_tree->retranslate(settings);
     SMART_updateDisplay();
     trayUpdate();
+}
+
+void MainWindow::applyStyle(int index)
+{
+    const QStringList keys = QStyleFactory::keys();
+    if (index < 0 || index >= keys.size())
+        return;
+    // Setting the same style again would rebuild every widget's look for nothing.
+    if (QApplication::style()->name().compare(keys.at(index), Qt::CaseInsensitive) != 0)
+        QApplication::setStyle(keys.at(index));
 }
 
 void MainWindow::InitSystem()
@@ -266,6 +281,7 @@ void MainWindow::InitSystem()
         m_looking->raise();
     }
     m_monitor->start();
+    updateMonitoringActions();
 }
 
 void MainWindow::get_devices_complette(const QList<DiskRecord> &disks, const QDateTime &when)
@@ -441,6 +457,7 @@ void MainWindow::updateMonitoringActions()
     m_monitorOff->setEnabled(known && monitored);
     m_monitorOn->setEnabled(known && !monitored);
     m_diskSettings->setEnabled(known);
+    m_preferences->setEnabled(!m_monitor->isDiscovering());
 }
 
 void MainWindow::show_Dev_Dlg()
@@ -449,6 +466,13 @@ void MainWindow::show_Dev_Dlg()
 
 void MainWindow::show_Pref_Dlg()
 {
+    // The disk list is not settled while discovery runs, and the settings it remembers with it.
+    if (m_monitor->isDiscovering())
+        return;
+    Prev_dlg dialog(appSettings(), m_monitor->disks(),
+                    [this](const AppSettings &wanted) { return PreferencesApply::apply(wanted, m_monitor->disks()); },
+                    this);
+    dialog.exec();
 }
 
 void MainWindow::show_Help()

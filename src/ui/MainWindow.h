@@ -97,6 +97,7 @@ private:
     void connectMonitor();
     void retranslate();
     void applySettings();
+    void applyStyle(int index);
     void get_devices_complette(const QList<DiskRecord> &disks, const QDateTime &when);
     void onEvaluated(const HealthEvaluation &result, const QList<DiskRecord> &disks, const QDateTime &when);
     void onDiskChanged(int index);

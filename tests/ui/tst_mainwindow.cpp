@@ -1,5 +1,6 @@
 #include "KorvaneImages.h"
 #include "TestEnv.h"
+#include "WindowOnDisks.h"
 #include "device/simulated/SimulatedBackend.h"
 #include "health/SmartTableModel.h"
 #include "health/TemperatureDigits.h"
@@ -66,16 +67,9 @@ class TestMainWindow : public QObject
     FreeEdition m_licence;
     std::unique_ptr<MainWindow> m_window;
 
-    // A window over the disks of \a paths, shown, after its first evaluation.
     MainWindow &openOn(const QStringList &paths)
     {
-        QStringList errors;
-        std::shared_ptr<DriveBackend> backend = SimulatedBackend::load(paths, &errors);
-        if (!errors.isEmpty())
-            qFatal("%s", qPrintable(errors.join(QLatin1Char('\n'))));
-        m_window = std::make_unique<MainWindow>(backend, m_licence);
-        m_window->resize(900, 600);
-        m_window->show();
+        m_window = windowOnDisks(paths, m_licence);
         return *m_window;
     }
     bool waitForEvaluation(MainWindow &window, int timeoutMs = 20000)
@@ -262,7 +256,7 @@ void TestMainWindow::scanLinesNameTheirDisk()
 void TestMainWindow::trayDigitsLandOnTheirPixels()
 {
     // Every stroke covers exactly its pixels: no smoothing, no half-pixel shift.
-    for (const QString text : {QStringLiteral("45"), QStringLiteral("-5"), QStringLiteral("131"), QStringLiteral("7")}) {
+    for (const QString &text : {QStringLiteral("45"), QStringLiteral("-5"), QStringLiteral("131"), QStringLiteral("7")}) {
         QSet<QString> expected;
         for (const QLine &stroke : TemperatureDigits::strokes(text)) {
             const int dx = stroke.dx() == 0 ? 0 : (stroke.dx() > 0 ? 1 : -1);

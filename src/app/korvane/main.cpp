@@ -18,6 +18,7 @@
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QScreen>
+#include <QStyle>
 #include <QStyleFactory>
 #include <QTimer>
 
@@ -70,7 +71,7 @@ int main(int argc, char *argv[])
     if (!settings.winPEMode && isProcessRunning(QFileInfo(QCoreApplication::applicationFilePath()).fileName()))
         return 1;
     settings.executableDirectory.clear();
-    setDefaults(QStyleFactory::keys());
+    setDefaults(QStyleFactory::keys(), QApplication::style()->name());
     applyArguments(settings, QCoreApplication::arguments());
     settings.executableDirectory = QCoreApplication::applicationDirPath() + QLatin1Char('/');
 

@@ -3,6 +3,7 @@
 #include "ui/AboutDialog.h"
 #include "ui/DiskTree.h"
 #include "ui/MainWindow.h"
+#include "ui/Prev_dlg.h"
 #include "ui/UiFont.h"
 
 #include "KorvaneImages.h"
@@ -11,6 +12,7 @@
 #include "settings/AppSettings.h"
 #include "settings/FreeEdition.h"
 #include "settings/LanguageTable.h"
+#include "settings/PreferencesApply.h"
 #include "settings/SettingsStore.h"
 
 #include <QApplication>
@@ -36,6 +38,21 @@ bool save(QWidget &widget, const QString &path)
 {
     const bool ok = widget.grab().save(path);
     QTextStream(stdout) << (ok ? "wrote " : "could not write ") << path << '\n';
+    return ok;
+}
+
+// Every page of the preferences, with the demo disks in the tray's list.
+bool shootPreferences(MainWindow &window, const QString &folder, const QString &language)
+{
+    bool ok = true;
+    Prev_dlg preferences(appSettings(), window.monitor()->disks(),
+                         [](const AppSettings &) { return PreferencesOutcome{}; }, &window);
+    preferences.show();
+    for (int page = 0; page < preferences.pageCount(); ++page) {
+        preferences.showPage(page);
+        wait(100);
+        ok &= save(preferences, QStringLiteral("%1/preferences-%2-%3.png").arg(folder, language).arg(page));
+    }
     return ok;
 }
 
@@ -65,7 +82,7 @@ bool shootLanguage(MainWindow &window, const QString &folder, const QString &lan
         }
     });
     window.registrationApp();
-    return ok;
+    return ok & shootPreferences(window, folder, language);
 }
 
 } // namespace
@@ -95,11 +112,12 @@ int main(int argc, char *argv[])
     MainWindow window(createDriveBackend({}, &errors), licence);
     window.resize(900, 600);
     window.setWindowTitle(windowTitle(licence));
+    // Watched from the start: on a fast machine the first evaluation can come before the first picture.
+    QSignalSpy evaluated(window.monitor(), &DiskMonitor::evaluated);
     window.show();
     wait(30);
     bool ok = save(window, folder + QStringLiteral("/looking-for-devices.png"));
-    QSignalSpy evaluated(window.monitor(), &DiskMonitor::evaluated);
-    if (!evaluated.wait(30000))
+    if (evaluated.isEmpty() && !evaluated.wait(30000))
         return 1;
     wait(200);
     const QList<QPair<int, QString>> languages = {{LanguageTable::English, QStringLiteral("en")},
