@@ -1,5 +1,7 @@
 #include "WindowTexts.h"
 
+#include "settings/LanguageTable.h"
+
 namespace WindowTexts {
 
 namespace {
@@ -99,6 +101,16 @@ QString attributeLegendHtml()
 QString noDisksHeading()
 {
     return QStringLiteral("<B>No Disks");
+}
+
+QString aboutHtml(const QString &build, bool registered)
+{
+    QString version = languageText(Lang::AboutVersion).arg(build);
+    if (!registered)
+        version += QLatin1Char(' ') + languageText(Lang::FreeEditionNote);
+    return QStringLiteral("<h2>%1</h2><p>%2</p><p>%3</p><p>%4</p>")
+        .arg(languageText(Lang::Title).toHtmlEscaped(), version.toHtmlEscaped(),
+             languageText(Lang::AboutText).toHtmlEscaped(), languageText(Lang::AboutLicence).toHtmlEscaped());
 }
 
 } // namespace WindowTexts

@@ -32,5 +32,8 @@ QString attributeDescriptionHtml(const QString &iconName, const QString &descrip
 QString attributeLegendHtml();
 /// The heading of the "Disk Info" page while there is no disk to show.
 QString noDisksHeading();
+/// The about box: name, version \a build (with the free edition's note unless \a registered),
+/// what Korvane does and its licence, in the current language.
+QString aboutHtml(const QString &build, bool registered);
 
 } // namespace WindowTexts

@@ -1,5 +1,6 @@
 #include "AboutDialog.h"
 
+#include "health/WindowTexts.h"
 #include "settings/LicenceLayer.h"
 #include "settings/LanguageTable.h"
 
@@ -21,14 +22,7 @@ AboutDialog::AboutDialog(const LicenceLayer &licence, QWidget *parent) : QDialog
     text->setWordWrap(true);
     text->setOpenExternalLinks(true);
     text->setTextInteractionFlags(Qt::TextBrowserInteraction);
-    text->setText(tr("<h2>Korvane</h2>"
-                     "<p>Version %1%2</p>"
-                     "<p>Watches the health of your hard disks: it reads their SMART data, follows "
-                     "their temperature and tells you when a disk starts to fail, before your data "
-                     "is lost.</p>"
-                     "<p>Free software under the MIT licence.</p>")
-                      .arg(licence.buildNumber(),
-                           licence.isRegistered() ? QString() : tr(" (free edition)")));
+    text->setText(WindowTexts::aboutHtml(licence.buildNumber(), licence.isRegistered()));
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok, this);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
 

@@ -8,6 +8,7 @@
 #include "device/DiskRecord.h"
 #include "health/WindowTexts.h"
 
+#include "settings/LanguageTable.h"
 #include <QHeaderView>
 #include <QLabel>
 #include <QTreeWidget>
@@ -56,7 +57,6 @@ DiskInfoPage::DiskInfoPage(QWidget *parent)
     m_tree->setHeaderHidden(true);
     m_tree->setAlternatingRowColors(true);
     m_tree->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
-    m_tree->setAccessibleName(tr("Disk information"));
     m_volumeLayout->setContentsMargins(0, 0, 0, 0);
     m_volumeLayout->setSpacing(4);
     m_access->setWordWrap(true);
@@ -113,4 +113,10 @@ void DiskInfoPage::showNoDisks(const QStringList &accessLines)
     showVolumes(DiskRecord());
     m_access->setText(accessLines.join(QLatin1Char('\n')));
     m_access->setVisible(!accessLines.isEmpty());
+}
+
+void DiskInfoPage::retranslate()
+{
+    m_tree->setAccessibleName(languageText(Lang::DiskInformation));
+    m_status->retranslate();
 }

@@ -31,6 +31,8 @@ public:
     void showVolumes(const DiskRecord &disk);
     /// Shows "No Disks" with \a accessLines: the disks that could not be read and how to grant access.
     void showNoDisks(const QStringList &accessLines);
+    /// Takes the names screen readers say from the current language table.
+    void retranslate();
 
 private:
     QLabel *m_heading;

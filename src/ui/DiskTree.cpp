@@ -15,7 +15,6 @@ DiskTree::DiskTree(QWidget *parent) : QTreeWidget(parent)
     setColumnCount(2);
     setRootIsDecorated(false);
     setUniformRowHeights(true);
-    setAccessibleName(tr("Disks"));
     header()->setStretchLastSection(false);
 }
 
@@ -45,6 +44,7 @@ void DiskTree::applyPlan(int index, const DiskPanelPlan &plan)
 
 void DiskTree::retranslate(const AppSettings &settings)
 {
+    setAccessibleName(languageText(Lang::DisksTree));
     setHeaderLabels({languageText(Lang::DeviceColumn),
                      QStringLiteral("%1 (%2)").arg(languageText(Lang::TemperatureColumn),
                                                    HealthTexts::unitText(settings, languageTable()))});

@@ -2,13 +2,13 @@
 
 #include "IconCache.h"
 
+#include "settings/LanguageTable.h"
 #include <QIcon>
 #include <QListWidget>
 #include <QVBoxLayout>
 
 EventsLogPage::EventsLogPage(QWidget *parent) : QWidget(parent), m_list(new QListWidget(this))
 {
-    m_list->setAccessibleName(tr("Events"));
     m_list->setAlternatingRowColors(true);
     m_list->setWordWrap(true);
     m_list->setUniformItemSizes(false);
@@ -30,4 +30,9 @@ QStringList EventsLogPage::lines() const
     for (int i = 0; i < m_list->count(); ++i)
         texts << m_list->item(i)->text();
     return texts;
+}
+
+void EventsLogPage::retranslate()
+{
+    m_list->setAccessibleName(languageText(Lang::EventsList));
 }

@@ -19,6 +19,8 @@ public:
     QStringList lines() const;
     /// The list widget.
     QListWidget *list() const { return m_list; }
+    /// Takes the name screen readers say from the current language table.
+    void retranslate();
 
 private:
     QListWidget *m_list;

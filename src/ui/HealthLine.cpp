@@ -6,7 +6,6 @@
 
 HealthLine::HealthLine(QWidget *parent) : QWidget(parent)
 {
-    setAccessibleName(tr("Health"));
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 

@@ -95,9 +95,9 @@ void MainWindow::buildPages()
 
     m_infoPage = new DiskInfoPage(this);
     m_smartPage = new SmartInfoPage(this);
-    m_scanPage = new PlaceholderPage(tr("The surface scan of this disk will be here."), this);
+    m_scanPage = new PlaceholderPage(Lang::ScanPlaceholder, this);
     m_eventsPage = new EventsLogPage(this);
-    m_statsPage = new PlaceholderPage(tr("Warning and alarm history and temperature graphs will be here."), this);
+    m_statsPage = new PlaceholderPage(Lang::StatsPlaceholder, this);
     m_tabs = new QTabWidget(this);
     m_tabs->addTab(m_infoPage, QString());
     m_tabs->addTab(m_smartPage, QString());
@@ -190,9 +190,6 @@ void MainWindow::buildMenus()
     m_toolBar->addSeparator();
     m_toolBar->addAction(m_preferences);
     m_toolBar->addAction(m_about);
-    // The overflow button Qt adds for a narrow window has no name of its own for screen readers.
-    if (auto *more = m_toolBar->findChild<QToolButton *>(QStringLiteral("qt_toolbar_ext_button")))
-        more->setAccessibleName(tr("More tools"));
 
     // Many panels open this menu on any click, so it carries every tray action.
     m_trayMenu = new QMenu(this);
@@ -244,7 +241,14 @@ void MainWindow::retranslate()
     m_hide->setText(languageText(Lang::TrayHide));
     m_close->setText(languageText(Lang::TrayClose));
     m_smartPage->retranslate();
+    m_infoPage->retranslate();
+    m_eventsPage->retranslate();
+    m_scanPage->retranslate();
+    m_statsPage->retranslate();
     m_tree->retranslate(appSettings());
+    // The overflow button Qt adds for a narrow window has no name of its own for screen readers.
+    if (auto *more = m_toolBar->findChild<QToolButton *>(QStringLiteral("qt_toolbar_ext_button")))
+        more->setAccessibleName(languageText(Lang::MoreTools));
 }
 
 void MainWindow::applySettings()

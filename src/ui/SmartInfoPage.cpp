@@ -30,8 +30,6 @@ SmartInfoPage::SmartInfoPage(QWidget *parent)
     QHeaderView *header = m_table->horizontalHeader();
     header->setSectionResizeMode(QHeaderView::ResizeToContents);
     header->setSectionResizeMode(SmartTableModel::NameColumn, QHeaderView::Stretch);
-    m_table->setAccessibleName(tr("SMART attributes"));
-    m_description->setAccessibleName(tr("Attribute description"));
     m_description->setOpenLinks(false);
     m_legend->setTextFormat(Qt::RichText);
     m_legend->setWordWrap(true);
@@ -70,6 +68,8 @@ void SmartInfoPage::clear()
 void SmartInfoPage::retranslate()
 {
     m_model->setTexts(languageTable());
+    m_table->setAccessibleName(languageText(Lang::SmartAttributes));
+    m_description->setAccessibleName(languageText(Lang::AttributeDescription));
     m_legend->setText(WindowTexts::attributeLegendHtml());
 }
 

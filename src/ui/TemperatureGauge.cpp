@@ -13,7 +13,6 @@ TemperatureGauge::TemperatureGauge(QWidget *parent)
     : QLabel(parent), m_needle(QStringLiteral(":/new/prefix1/images/needle.png"))
 {
     setFixedSize(80, 80);
-    setAccessibleName(tr("Temperature"));
 }
 
 void TemperatureGauge::setLimits(int warningCelsius, int criticalCelsius)

@@ -6,6 +6,7 @@
 #include "device/DiskRecord.h"
 #include "health/DiskPanelPlan.h"
 
+#include "settings/LanguageTable.h"
 #include <QGridLayout>
 #include <QLabel>
 #include <QPixmap>
@@ -21,7 +22,6 @@ disk_status::disk_status(QWidget *parent)
 {
     setObjectName(QStringLiteral("disk_status"));
     m_stateIcon->setFixedSize(48, 48);
-    m_stateIcon->setAccessibleName(tr("Disk state"));
     m_health->setTextFormat(Qt::RichText);
     m_workTime->setTextFormat(Qt::RichText);
     m_workTime->setWordWrap(true);
@@ -62,4 +62,11 @@ void disk_status::showDisk(const DiskRecord &disk, const DiskPanelPlan &plan)
     m_workTime->setVisible(!plan.workTimeLabel.isEmpty());
     m_note->setText(disk.note.trimmed());
     m_note->setVisible(!disk.note.trimmed().isEmpty());
+}
+
+void disk_status::retranslate()
+{
+    m_stateIcon->setAccessibleName(languageText(Lang::DiskState));
+    m_gauge->setAccessibleName(languageText(Lang::TemperatureColumn));
+    m_healthLine->setAccessibleName(languageText(Lang::HealthBar));
 }

@@ -23,6 +23,8 @@ public:
     void showGauge(const DiskPanelPlan &plan);
     /// The temperature gauge, which also takes the limits and the unit.
     TemperatureGauge *gauge() const { return m_gauge; }
+    /// Takes the names screen readers say from the current language table.
+    void retranslate();
 
 private:
     TemperatureGauge *m_gauge;

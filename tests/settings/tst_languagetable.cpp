@@ -1,6 +1,9 @@
 #include "settings/LanguageTable.h"
 
+#include <QDirIterator>
 #include <QFile>
+#include <QProcessEnvironment>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -32,6 +35,63 @@ private slots:
         // Texts that other code builds on and that must not be translated away.
         QCOMPARE(languageText(Lang::Title), QStringLiteral("Korvane"));
         QCOMPARE(languageText(Lang::UnitCelsius) + languageText(Lang::UnitFahrenheit), QString::fromUtf8("°C°F"));
+    }
+
+    // Every entry the program uses is there in every language, and translated where a
+    // translation is due: the same text is allowed only where the language says it so too.
+    void translationsAreComplete_data()
+    {
+        QTest::addColumn<int>("languageIndex");
+        QTest::addColumn<QList<int>>("sameAsEnglish");
+        const QList<int> everywhere = {Lang::UnitCelsius, Lang::UnitFahrenheit, Lang::Title, Lang::AttrIdColumn};
+        QTest::newRow("German") << int(LanguageTable::German)
+                                << (everywhere + QList<int>{Lang::CelsiusName, Lang::FahrenheitName, Lang::EmailPage,
+                                                            Lang::ColourNormal, Lang::Ok, Lang::SmtpPort, Lang::LevelOk,
+                                                            Lang::LevelAlarm, Lang::AttrStatusColumn,
+                                                            Lang::VolumesHeading, Lang::ColourCyan, Lang::ColourMagenta,
+                                                            Lang::AboutVersion});
+        QTest::newRow("Russian") << int(LanguageTable::Russian) << everywhere;
+    }
+    void translationsAreComplete()
+    {
+        QFETCH(int, languageIndex);
+        QFETCH(QList<int>, sameAsEnglish);
+        QVERIFY(loadLanguage(LanguageTable::English));
+        const QStringList english = languageTable();
+        QVERIFY(loadLanguage(languageIndex));
+        const QStringList translated = languageTable();
+        QCOMPARE(english.size(), int(Lang::EntryCount));
+        QCOMPARE(translated.size(), int(Lang::EntryCount));
+        static const QRegularExpression placeholder(QStringLiteral("%\\d+"));
+        auto placeholders = [](const QString &text) {
+            QStringList found;
+            for (auto match = placeholder.globalMatch(text); match.hasNext();)
+                found << match.next().captured();
+            found.sort();
+            return found;
+        };
+        for (int entry = 0; entry < Lang::EntryCount; ++entry) {
+            const QString where = QStringLiteral("entry %1: %2").arg(entry).arg(translated.at(entry));
+            QVERIFY2(!translated.at(entry).trimmed().isEmpty(), qPrintable(where));
+            QVERIFY2((translated.at(entry) == english.at(entry)) == sameAsEnglish.contains(entry), qPrintable(where));
+            // A lost "%1" drops a path or a name from a message; a lost "&" drops a menu's key.
+            QCOMPARE(placeholders(translated.at(entry)), placeholders(english.at(entry)));
+            QCOMPARE(translated.at(entry).count(QLatin1Char('&')), english.at(entry).count(QLatin1Char('&')));
+        }
+    }
+
+    // A text written into a widget as a literal would stay English in every language.
+    void windowTextsComeFromTheTable()
+    {
+        const QString source = QProcessEnvironment::systemEnvironment().value(QStringLiteral("KORVANE_SOURCE_DIR"));
+        QVERIFY(!source.isEmpty());
+        QDirIterator files(source + QStringLiteral("/src/ui"), {QStringLiteral("*.cpp")});
+        while (files.hasNext()) {
+            QFile file(files.next());
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            const QByteArray code = file.readAll();
+            QVERIFY2(!code.contains(" tr(\"") && !code.contains("(tr(\""), qPrintable(file.fileName()));
+        }
     }
 
     void lineCountRule()
