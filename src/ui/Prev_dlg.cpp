@@ -79,11 +79,11 @@ Prev_dlg::Prev_dlg(const AppSettings &current, const QList<DiskRecord> &disks, A
     m_pageList->setIconSize(QSize(32, 32));
     m_pageList->setSpacing(2);
     m_pages = new QStackedWidget(this);
-    addPage(buildMonitoringPage(), "nav_refresh_blue.png", Lang::MonitoringGroup);
-    addPage(buildTemperaturePage(), "secure_at.png", Lang::TemperatureColumn);
-    addPage(buildNotificationsPage(), "information.png", Lang::NotificationsPage);
-    addPage(buildTasksPage(), "diagnostic_exec.png", Lang::ExternalTasksPage);
-    addPage(buildAppearancePage(), "paste.png", Lang::AppearancePage);
+    addPage(buildMonitoringPage(), "pref_monitor.png", Lang::MonitoringGroup);
+    addPage(buildTemperaturePage(), "pref_temperature.png", Lang::TemperatureColumn);
+    addPage(buildNotificationsPage(), "pref_notify.png", Lang::NotificationsPage);
+    addPage(buildTasksPage(), "pref_tasks.png", Lang::ExternalTasksPage);
+    addPage(buildAppearancePage(), "pref_appearance.png", Lang::AppearancePage);
     connect(m_pageList, &QListWidget::currentRowChanged, m_pages, &QStackedWidget::setCurrentIndex);
 
     m_buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Apply | QDialogButtonBox::Cancel, this);
