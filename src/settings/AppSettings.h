@@ -47,7 +47,7 @@ struct AppSettings
     bool detailLogEnabled = false; ///< true when started with "-detlog"
     bool winPEMode = false;        ///< running from a pre-installation environment
     bool is64BitBuild = sizeof(void *) == 8;
-    QString executableDirectory;   ///< folder of the executable, ending with a separator
+    QString executableDirectory;   ///< folder of the executable (at a hidden start, the one autostart names), ending with a separator
 
     /// Index of "WindowsVista" (exact case) in styleKeys, else of \a nativeStyle (any case), else 1.
     static int defaultStyleIndex(const QStringList &styleKeys, const QString &nativeStyle = QString());

@@ -2,6 +2,10 @@
 
 #include "AppSettings.h"
 
+#ifdef Q_OS_WIN
+#include "windows/RunKey.h"
+#endif
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -9,6 +13,53 @@
 #include <QStandardPaths>
 
 namespace Autostart {
+
+namespace {
+
+// The string level of a desktop entry value: \s \n \t \r and \\ stand for one character each.
+// Any other backslash is left for the quoting level to judge.
+QString unescapeString(const QString &value)
+{
+    QString text;
+    for (qsizetype i = 0; i < value.size(); ++i) {
+        const QChar c = value.at(i);
+        const QChar next = i + 1 < value.size() ? value.at(i + 1) : QChar();
+        const int known = QStringLiteral("sntr\\").indexOf(next);
+        if (c != QLatin1Char('\\') || known < 0) {
+            text += c;
+            continue;
+        }
+        text += QStringLiteral(" \n\t\r\\").at(known);
+        ++i;
+    }
+    return text;
+}
+
+bool isBlank(QChar c)
+{
+    return c == QLatin1Char(' ') || c == QLatin1Char('\t') || c == QLatin1Char('\n');
+}
+
+#ifndef Q_OS_WIN
+// The Exec line of the [Desktop Entry] group of \a entry; other groups (actions) have their own.
+std::optional<QString> execValueOf(const QByteArray &entry)
+{
+    bool inEntryGroup = false;
+    for (const QByteArray &rawLine : entry.split('\n')) {
+        const QString line = QString::fromUtf8(rawLine).trimmed();
+        if (line.startsWith(QLatin1Char('['))) {
+            inEntryGroup = line == QStringLiteral("[Desktop Entry]");
+            continue;
+        }
+        const qsizetype equals = line.indexOf(QLatin1Char('='));
+        if (inEntryGroup && equals > 0 && QStringView(line).left(equals).trimmed() == QStringLiteral("Exec"))
+            return line.mid(equals + 1).trimmed();
+    }
+    return std::nullopt;
+}
+#endif
+
+} // namespace
 
 QString entryPath()
 {
@@ -29,6 +80,42 @@ QString execLine(const QString &executable)
     quoted.replace(QLatin1Char('\\'), QStringLiteral("\\\\"));
     quoted.replace(QLatin1Char('%'), QStringLiteral("%%"));
     return QStringLiteral("\"%1\" %2").arg(quoted, QStringLiteral("hide"));
+}
+
+QStringList execArguments(const QString &exec)
+{
+    // The string level first, then the field codes, then the quoting, as session managers read it.
+    const QString text = unescapeString(exec).replace(QStringLiteral("%%"), QStringLiteral("%"));
+    QStringList arguments;
+    QString current;
+    bool inArgument = false;
+    bool quoted = false;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        const QChar next = i + 1 < text.size() ? text.at(i + 1) : QChar();
+        if (!quoted && isBlank(c)) {
+            if (inArgument)
+                arguments.append(current);
+            current.clear();
+            inArgument = false;
+            continue;
+        }
+        inArgument = true;
+        if (c == QLatin1Char('"')) {
+            quoted = !quoted;
+        } else if (c == QLatin1Char('\\') && !next.isNull()
+                   && (!quoted || QStringLiteral("\"`$\\").contains(next))) {
+            current += next;
+            ++i;
+        } else {
+            current += c;
+        }
+    }
+    if (quoted)
+        return {};
+    if (inArgument)
+        arguments.append(current);
+    return arguments;
 }
 
 int setAutostart(bool enable, const QString &executable)
@@ -57,7 +144,27 @@ int setAutostart(bool enable, const QString &executable)
 
 int setAutostart(bool enable)
 {
-    return setAutostart(enable, appSettings().executableDirectory + QStringLiteral("Korvane"));
+    const AppSettings &settings = appSettings();
+#ifdef Q_OS_WIN
+    return RunKey::setAutostart(
+        enable, RunKey::commandLine(settings.executableDirectory.toStdWString(), settings.is64BitBuild));
+#else
+    return setAutostart(enable, settings.executableDirectory + QLatin1String(ExecutableName));
+#endif
+}
+
+std::optional<QString> registeredCommandLine()
+{
+#ifdef Q_OS_WIN
+    if (const std::optional<std::wstring> value = RunKey::registeredCommandLine())
+        return QString::fromStdWString(*value);
+    return std::nullopt;
+#else
+    QFile file(entryPath());
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return execValueOf(file.readAll());
+#endif
 }
 
 } // namespace Autostart

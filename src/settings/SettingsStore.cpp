@@ -8,6 +8,18 @@
 
 #include <QDir>
 
+namespace {
+
+// The folder start-up settled on: the running executable's, or at a hidden start the one the
+// autostart entry names. A process that settles none (korvanectl) goes by its own executable's.
+QString executableFolder()
+{
+    const QString &folder = appSettings().executableDirectory;
+    return folder.isEmpty() ? AppPaths::executableDirectory() : folder;
+}
+
+} // namespace
+
 SettingsStore &SettingsStore::instance()
 {
     static SettingsStore store;
@@ -40,12 +52,12 @@ bool SettingsStore::useHomeFromEnvironment(QString *error)
 
 QString SettingsStore::settingsFilePath() const
 {
-    return AppPaths::settingsFilePath(AppPaths::executableDirectory(), m_home);
+    return AppPaths::settingsFilePath(executableFolder(), m_home);
 }
 
 QString SettingsStore::eventLogPath() const
 {
-    return AppPaths::eventLogPath(AppPaths::executableDirectory(), m_home);
+    return AppPaths::eventLogPath(executableFolder(), m_home);
 }
 
 bool SettingsStore::load(QString *message)

@@ -6,6 +6,7 @@
 #include <QTest>
 
 #include <memory>
+#include <optional>
 
 class TestAutostart : public QObject
 {
@@ -24,6 +25,10 @@ private slots:
     void enablingTwiceLeavesOneEntry();
     void disablingWithoutAnEntryFails();
     void pathsKeepBlanksAndSpecialCharacters();
+    void execArguments_data();
+    void execArguments();
+    void registeredCommandLine_data();
+    void registeredCommandLine();
     void failuresHaveTheirCodes();
 };
 
@@ -44,9 +49,11 @@ void TestAutostart::enablingTwiceLeavesOneEntry()
     QVERIFY(first.contains("\nExec=\"/opt/korvane/Korvane\" hide\n"));
     QCOMPARE(Autostart::setAutostart(true, QStringLiteral("/opt/korvane/Korvane")), int(Autostart::Done));
     QCOMPARE(entry(), first);
+    QCOMPARE(Autostart::registeredCommandLine(), std::optional<QString>(Autostart::execLine(QStringLiteral("/opt/korvane/Korvane"))));
     QCOMPARE(QDir(m_config.filePath(QStringLiteral("autostart"))).entryList(QDir::Files).size(), 1);
     QCOMPARE(Autostart::setAutostart(false, QString()), int(Autostart::Done));
     QVERIFY(!QFile::exists(Autostart::entryPath()));
+    QCOMPARE(Autostart::registeredCommandLine(), std::nullopt);
 }
 
 void TestAutostart::disablingWithoutAnEntryFails()
@@ -60,6 +67,66 @@ void TestAutostart::pathsKeepBlanksAndSpecialCharacters()
     // Within quotes " ` $ \ take a backslash, which the string level writes twice; % is doubled.
     QCOMPARE(Autostart::execLine(QStringLiteral("/x/\"q\"/$H/100%/Korvane")),
              QStringLiteral("\"/x/\\\\\"q\\\\\"/\\\\$H/100%%/Korvane\" hide"));
+}
+
+void TestAutostart::execArguments_data()
+{
+    QTest::addColumn<QString>("exec");
+    QTest::addColumn<QStringList>("arguments");
+    const auto ours = [](const QString &executable) {
+        return QStringList{executable, QStringLiteral("hide")};
+    };
+    for (const QString &path : {QStringLiteral("/home/a b/Korvane"), QStringLiteral("/x/\"q\"/`id`/$H/Korvane"),
+                                QStringLiteral("/x/back\\slash\\s/Korvane"), QStringLiteral("/x/100%/%%f/Korvane"),
+                                QStringLiteral("/x/tab\there/Korvane")})
+        QTest::newRow(qPrintable(QStringLiteral("written: ") + path)) << Autostart::execLine(path) << ours(path);
+    QTest::newRow("unquoted") << QStringLiteral("/opt/k/Korvane  hide ") << ours(QStringLiteral("/opt/k/Korvane"));
+    // The string level comes first: its blank separates unless it is inside quotes.
+    QTest::newRow("string escapes") << QStringLiteral("\"/opt/a\\sb/Korvane\"\\shide")
+                                    << ours(QStringLiteral("/opt/a b/Korvane"));
+    QTest::newRow("a string blank outside quotes") << QStringLiteral("/opt/a\\sb")
+                                                   << QStringList{QStringLiteral("/opt/a"), QStringLiteral("b")};
+    QTest::newRow("quotes inside an argument") << QStringLiteral("/opt/\"a b\"/Korvane hide")
+                                               << ours(QStringLiteral("/opt/a b/Korvane"));
+    QTest::newRow("a quote left open") << QStringLiteral("\"/opt/k/Korvane hide") << QStringList();
+}
+
+void TestAutostart::execArguments()
+{
+    QFETCH(QString, exec);
+    QFETCH(QStringList, arguments);
+    QCOMPARE(Autostart::execArguments(exec), arguments);
+}
+
+void TestAutostart::registeredCommandLine_data()
+{
+    QTest::addColumn<QByteArray>("entry");
+    QTest::addColumn<bool>("found");
+    QTest::addColumn<QString>("exec");
+    QTest::newRow("blanks around the sign")
+        << QByteArray("[Desktop Entry]\r\nType=Application\r\n  Exec = \"/o/Korvane\" hide \r\n") << true
+        << QStringLiteral("\"/o/Korvane\" hide");
+    QTest::newRow("an action's Exec is not the entry's")
+        << QByteArray("[Desktop Action a]\nExec=/x/a\n[Desktop Entry]\nExec=/o/Korvane hide\n[Desktop Action b]\nExec=/x/b\n")
+        << true << QStringLiteral("/o/Korvane hide");
+    QTest::newRow("keys that only start like it")
+        << QByteArray("[Desktop Entry]\nExecStart=/x\nTryExec=/y\nExec=/o/Korvane hide\n") << true
+        << QStringLiteral("/o/Korvane hide");
+    QTest::newRow("no Exec") << QByteArray("[Desktop Entry]\nName=Korvane\n") << false << QString();
+    QTest::newRow("an Exec outside the entry") << QByteArray("Exec=/o/Korvane hide\n[Other]\n") << false << QString();
+}
+
+void TestAutostart::registeredCommandLine()
+{
+    QFETCH(QByteArray, entry);
+    QFETCH(bool, found);
+    QFETCH(QString, exec);
+    QVERIFY(QDir().mkpath(m_config.filePath(QStringLiteral("autostart"))));
+    QFile file(Autostart::entryPath());
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(entry);
+    file.close();
+    QCOMPARE(Autostart::registeredCommandLine(), found ? std::optional<QString>(exec) : std::nullopt);
 }
 
 void TestAutostart::failuresHaveTheirCodes()

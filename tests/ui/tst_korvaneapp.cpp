@@ -1,7 +1,10 @@
+#include "settings/Autostart.h"
+
 #include "TestEnv.h"
 #include "TestFiles.h"
 
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -16,14 +19,25 @@ QString korvane()
     return qEnvironmentVariable("KORVANE_GUI");
 }
 
-// The program as a user starts it on the demo disks, keeping its files in \a home.
+// A user configuration of our own: a developer's autostart entry must not steer a hidden start.
+QString emptyConfigHome()
+{
+    static const QTemporaryDir config;
+    return config.path();
+}
+
+// The program as a user starts it on the demo disks, keeping its files in \a home (when given),
+// with \a configHome as the user's configuration folder.
 std::unique_ptr<QProcess> startKorvane(const QString &home, const QStringList &arguments = {},
-                                       const QString &workingDirectory = {})
+                                       const QString &workingDirectory = {},
+                                       const QString &configHome = emptyConfigHome())
 {
     auto process = std::make_unique<QProcess>();
     QProcessEnvironment env = TestEnv::ctlEnvironment();
     env.insert(QStringLiteral("KORVANE_SIMULATE"), TestEnv::demoDir());
-    env.insert(QStringLiteral("KORVANE_HOME"), home);
+    if (!home.isEmpty())
+        env.insert(QStringLiteral("KORVANE_HOME"), home);
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), configHome);
     env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     process->setProcessEnvironment(env);
     process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -69,6 +83,7 @@ private slots:
     void aThirdCopyLeavesSilently();
     void stopSignalsEndTheSessionLikeClose();
     void detailedLogGoesToTheWorkingDirectory();
+    void aHiddenStartKeepsItsFilesWhereAutostartPoints();
 };
 
 void TestKorvaneApp::aThirdCopyLeavesSilently()
@@ -122,6 +137,22 @@ void TestKorvaneApp::detailedLogGoesToTheWorkingDirectory()
         QVERIFY(QDateTime::fromString(QString::fromLatin1(lines.at(i).left(19)).replace(QLatin1Char(' '), QLatin1Char('T')),
                                       Qt::ISODate).isValid());
     }
+}
+
+void TestKorvaneApp::aHiddenStartKeepsItsFilesWhereAutostartPoints()
+{
+    QTemporaryDir config;
+    QTemporaryDir install;
+    const QString folder = install.filePath(QStringLiteral("my tools"));
+    QVERIFY(QDir().mkpath(folder));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(config.path()));
+    QCOMPARE(Autostart::setAutostart(true, folder + QStringLiteral("/Korvane")), int(Autostart::Done));
+    auto korvaneRun = startKorvane(QString(), {QStringLiteral("hide")}, {}, config.path());
+    const QString log = folder + QStringLiteral("/KV_f.log");
+    QVERIFY(waitForText(log, "]![SMART]!["));
+    QCOMPARE(stop(*korvaneRun), 0);
+    QVERIFY(TestFiles::read(log).trimmed().endsWith("INFO]![Session finished"));
+    QVERIFY(TestFiles::read(folder + QStringLiteral("/Korvane.ini")).contains("disk[HX7K2A9F31042]="));
 }
 
 QTEST_GUILESS_MAIN(TestKorvaneApp)

@@ -11,10 +11,12 @@
 #include "settings/FreeEdition.h"
 #include "settings/LanguageTable.h"
 #include "settings/ProcessCount.h"
+#include "settings/RegisteredFolder.h"
 #include "settings/SettingsStore.h"
 #include "settings/StartupOptions.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QScreen>
@@ -73,7 +75,9 @@ int main(int argc, char *argv[])
     settings.executableDirectory.clear();
     setDefaults(QStyleFactory::keys(), QApplication::style()->name());
     applyArguments(settings, QCoreApplication::arguments());
-    settings.executableDirectory = QCoreApplication::applicationDirPath() + QLatin1Char('/');
+    settings.executableDirectory = QDir::toNativeSeparators(QCoreApplication::applicationDirPath()) + QDir::separator();
+    if (!settings.showMainWindow)
+        settings.executableDirectory = RegisteredFolder::atHiddenStart(settings.executableDirectory, settings.is64BitBuild);
 
     QString error;
     if (!SettingsStore::instance().useHomeFromEnvironment(&error)) {

@@ -1,0 +1,58 @@
+#!/usr/bin/env bash
+# Cross-builds the Windows side of Korvane (the plain C++ pieces over Win32, see windows/) with
+# mingw-w64 and runs its tests under wine:
+#   64-bit in build-windows/, 32-bit in build-windows32/, each with a wine prefix of its own.
+# The 32-bit tests run only where wine can run 32-bit programs (Debian: wine32:i386); otherwise
+# they are built and checked by the compiler only, and the script says so.
+# Extra arguments after -- go to ctest (for example -- -R runkey).
+set -euo pipefail
+KORVANE_ROOT=$(cd "$(dirname "$0")/.." && pwd)
+. "$KORVANE_ROOT/scripts/lib/common.sh"
+
+ctest_args=()
+while [ $# -gt 0 ]; do
+    case "$1" in
+        --) shift; ctest_args=("$@"); break ;;
+        -h|--help) sed -n '2,7p' "$0"; exit 0 ;;
+        *) die "unknown option: $1" ;;
+    esac
+    shift
+done
+
+KORVANE_WINDOWS_PACKAGES=(cmake ninja-build g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine wine64)
+
+# Configures and builds windows/ into $1 for the toolchain file $2.
+cross_build() {
+    local dir=$1 toolchain=$2
+    say "configuring in $dir"
+    logged "cmake configuration failed" \
+        cmake -S "$KORVANE_ROOT/windows" -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE="${KORVANE_BUILD_TYPE:-RelWithDebInfo}" \
+        -DCMAKE_TOOLCHAIN_FILE="$KORVANE_ROOT/cmake/$toolchain"
+    say "building"
+    logged "the build failed" cmake --build "$dir" --parallel "${KORVANE_JOBS:-$(nproc)}"
+}
+
+# Runs the tests of the build in $1 under wine; their prefix and WINEDEBUG come from the build.
+run_tests() {
+    say "running the tests under wine (the first run makes the wine prefix, some seconds)"
+    (cd "$1" && ctest --output-on-failure --timeout 300 "${ctest_args[@]}")
+}
+
+wine_runs_32bit() {
+    dpkg-query -W -f='${Status}' wine32:i386 2>/dev/null | grep -q 'install ok installed'
+}
+
+start_log "$KORVANE_ROOT/build-windows"
+ensure_packages "${KORVANE_WINDOWS_PACKAGES[@]}"
+status=0
+cross_build "$KORVANE_ROOT/build-windows" mingw-w64-x86_64.cmake
+run_tests "$KORVANE_ROOT/build-windows" || status=$?
+
+start_log "$KORVANE_ROOT/build-windows32"
+cross_build "$KORVANE_ROOT/build-windows32" mingw-w64-i686.cmake
+if wine_runs_32bit; then
+    run_tests "$KORVANE_ROOT/build-windows32" || status=$?
+else
+    say "wine cannot run 32-bit programs here (no wine32:i386): the 32-bit tests were built, not run"
+fi
+exit "$status"
