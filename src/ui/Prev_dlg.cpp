@@ -105,6 +105,8 @@ Prev_dlg::Prev_dlg(const AppSettings &current, const QList<DiskRecord> &disks, A
     retranslate();
     load(current);
     m_pageList->setCurrentRow(0);
+    // Room for the longest page in every language, so switching pages never resizes the dialog.
+    setMinimumSize(sizeHint().expandedTo(QSize(640, 440)));
 }
 
 void Prev_dlg::addPage(QWidget *page, const char *icon, int title)
