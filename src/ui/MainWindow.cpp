@@ -3,6 +3,7 @@
 #include "IconCache.h"
 
 #include "AboutDialog.h"
+#include "Device_dlg.h"
 #include "DiskInfoPage.h"
 #include "DiskTree.h"
 #include "EventsLogPage.h"
@@ -445,6 +446,14 @@ void MainWindow::updateMonitoringActions()
 
 void MainWindow::show_Dev_Dlg()
 {
+    m_diskSettings->setEnabled(false);
+    Device_dlg dialog(this);
+    dialog.twoValuesLabel()->setText(
+        QCoreApplication::translate("Device_dlgClass", "qwe\nglhgjhg jyjhklyg jhgujgujg\nErjhlk 67575"));
+    dialog.setDevice(m_tree->currentDisk());
+    // Apply or Cancel alike: nothing of the form is read back.
+    dialog.exec();
+    m_diskSettings->setEnabled(true);
 }
 
 void MainWindow::show_Pref_Dlg()

@@ -10,6 +10,7 @@
 #include "settings/FreeEdition.h"
 #include "settings/LanguageTable.h"
 #include "settings/SettingsStore.h"
+#include "ui/Device_dlg.h"
 #include "ui/DiskInfoPage.h"
 #include "ui/DiskTree.h"
 #include "ui/EventsLogPage.h"
@@ -18,12 +19,14 @@
 #include "ui/TrayController.h"
 #include "ui/TrayIconPainter.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenu>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QStyleFactory>
 #include <QTabWidget>
@@ -31,6 +34,7 @@
 #include <QTest>
 #include <QTimer>
 
+#include <functional>
 #include <memory>
 
 namespace {
@@ -54,6 +58,18 @@ QSet<QString> paintedPixels(const QImage &image)
             if (qAlpha(image.pixel(x, y)) != 0)
                 pixels << QStringLiteral("%1,%2").arg(x).arg(y);
     return pixels;
+}
+
+// Runs \a action; every modal window it opens is handed to \a answer, which must close it.
+void answeringModals(const std::function<void()> &action, const std::function<void(QWidget *)> &answer)
+{
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        if (QWidget *modal = QApplication::activeModalWidget())
+            answer(modal);
+    });
+    poll.start(10);
+    action();
 }
 
 } // namespace
@@ -111,6 +127,7 @@ private slots:
     void scanLinesNameTheirDisk();
     void unreadableDisksAreNamedBesideTheOthers();
     void trayDigitsLandOnTheirPixels();
+    void diskSettingsActionRestsWhileItsFormIsOpen();
 };
 
 void TestMainWindow::showsTheDemoDisks()
@@ -295,6 +312,30 @@ void TestMainWindow::trayDigitsLandOnTheirPixels()
     tray.apply(plan);
     QVERIFY(tray.icon().cacheKey() != drawn);
     QCOMPARE(tray.icon().pixmap(16, 16).toImage().pixelColor(13, 0), QColor(Qt::yellow)); // top bar of the 1
+}
+
+void TestMainWindow::diskSettingsActionRestsWhileItsFormIsOpen()
+{
+    MainWindow &window = openOn({TestEnv::demoDir()});
+    QVERIFY(waitForEvaluation(window));
+    QAction *action = nullptr;
+    for (QAction *candidate : window.findChildren<QAction *>())
+        if (candidate->text() == QLatin1String("Disk Settings"))
+            action = candidate;
+    QVERIFY(action && action->isEnabled());
+
+    QStringList seen;
+    answeringModals([&] { action->trigger(); }, [&](QWidget *modal) {
+        auto *form = qobject_cast<Device_dlg *>(modal);
+        if (!form)
+            return;
+        seen << QString::number(form->parentWidget() == &window) << QString::number(action->isEnabled())
+             << form->twoValuesLabel()->text();
+        form->findChild<QPushButton *>(QStringLiteral("pushButton"))->click();
+    });
+    QCOMPARE(seen, (QStringList{"1", "0", "qwe\nglhgjhg jyjhklyg jhgujgujg\nErjhlk 67575"}));
+    QVERIFY(action->isEnabled());
+    QVERIFY(window.findChildren<Device_dlg *>().isEmpty());
 }
 
 QTEST_MAIN(TestMainWindow)
