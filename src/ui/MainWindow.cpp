@@ -16,6 +16,7 @@
 #include "view_devices.h"
 
 #include "device/AccessReport.h"
+#include "device/SmartReport.h"
 #include "health/DiskPanelPlan.h"
 #include "health/TrayIconPlan.h"
 #include "health/WindowTexts.h"
@@ -29,6 +30,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QContextMenuEvent>
+#include <QFileDialog>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -49,7 +51,10 @@ QIcon image(const char *name)
 } // namespace
 
 MainWindow::MainWindow(std::shared_ptr<DriveBackend> backend, const LicenceLayer &licence, QWidget *parent)
-    : QMainWindow(parent), m_monitor(new DiskMonitor(std::move(backend), this)), m_licence(licence)
+    : QMainWindow(parent), m_monitor(new DiskMonitor(std::move(backend), this)), m_licence(licence),
+      m_chooseSaveFile([](QWidget *parent, const QString &caption, const QString &name, const QString &filter) {
+          return QFileDialog::getSaveFileName(parent, caption, name, filter);
+      })
 {
     setWindowIcon(image("korvane.png"));
     setup_win();
@@ -466,10 +471,35 @@ void MainWindow::show_Help()
 
 void MainWindow::saveLog()
 {
+    const QString path = chooseExportPath(TextExport::Kind::EventLog);
+    if (!path.isEmpty())
+        showExportOutcome(TextExport::save(TextExport::Kind::EventLog, path,
+                                           TextExport::eventsReport(m_eventsPage->lines())));
 }
 
 void MainWindow::saveSMART()
 {
+    const QString path = chooseExportPath(TextExport::Kind::SmartInfo);
+    if (!path.isEmpty())
+        showExportOutcome(TextExport::save(TextExport::Kind::SmartInfo, path, SmartReport::text(m_monitor->disks())));
+}
+
+void MainWindow::setSaveFileChooser(SaveFileChooser chooser)
+{
+    m_chooseSaveFile = std::move(chooser);
+}
+
+QString MainWindow::chooseExportPath(TextExport::Kind kind)
+{
+    const TextExport::FileChoice choice = TextExport::fileChoice(kind);
+    return m_chooseSaveFile(this, choice.caption, choice.proposedName, choice.filter);
+}
+
+void MainWindow::showExportOutcome(const TextExport::Outcome &outcome)
+{
+    QMessageBox box(outcome.saved ? QMessageBox::Information : QMessageBox::Critical, outcome.title, outcome.text,
+                    QMessageBox::Ok, this);
+    box.exec();
 }
 
 void MainWindow::show_about_Dlg()

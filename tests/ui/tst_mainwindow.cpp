@@ -1,5 +1,7 @@
 #include "KorvaneImages.h"
 #include "TestEnv.h"
+#include "TestFiles.h"
+#include "device/SmartReport.h"
 #include "device/simulated/SimulatedBackend.h"
 #include "health/SmartTableModel.h"
 #include "health/TemperatureDigits.h"
@@ -21,11 +23,13 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenu>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QStyleFactory>
@@ -34,8 +38,12 @@
 #include <QTest>
 #include <QTimer>
 
+#include <csignal>
 #include <functional>
 #include <memory>
+#include <optional>
+
+#include <sys/resource.h>
 
 namespace {
 
@@ -72,6 +80,28 @@ void answeringModals(const std::function<void()> &action, const std::function<vo
     action();
 }
 
+// Message boxes as answeringBoxes() notes them: icon, title and text each.
+using Boxes = QList<QStringList>;
+
+// One such box.
+QStringList box(QMessageBox::Icon icon, const QString &text)
+{
+    return {QString::number(icon), QStringLiteral("Korvane"), text};
+}
+
+// Runs \a action, answering the message boxes it shows with OK; what each said, in order.
+Boxes answeringBoxes(const std::function<void()> &action)
+{
+    Boxes said;
+    answeringModals(action, [&](QWidget *modal) {
+        if (auto *shown = qobject_cast<QMessageBox *>(modal)) {
+            said << QStringList{QString::number(shown->icon()), shown->windowTitle(), shown->text()};
+            shown->accept();
+        }
+    });
+    return said;
+}
+
 } // namespace
 
 class TestMainWindow : public QObject
@@ -93,6 +123,14 @@ class TestMainWindow : public QObject
         m_window->resize(900, 600);
         m_window->show();
         return *m_window;
+    }
+    // The exports of the window write into \a folder under the proposed name, or to \a path when
+    // given (empty: the user cancels).
+    static void answerSaveDialog(MainWindow &window, const QString &folder, std::optional<QString> path = {})
+    {
+        window.setSaveFileChooser([folder, path](QWidget *, const QString &, const QString &name, const QString &) {
+            return path ? *path : QDir(folder).filePath(name);
+        });
     }
     bool waitForEvaluation(MainWindow &window, int timeoutMs = 20000)
     {
@@ -127,6 +165,10 @@ private slots:
     void scanLinesNameTheirDisk();
     void unreadableDisksAreNamedBesideTheOthers();
     void trayDigitsLandOnTheirPixels();
+    void exportsWriteTheListAndEveryDisk();
+    void exportsOfNothingAreEmptyFiles();
+    void exportThatCannotBeWritten_data();
+    void exportThatCannotBeWritten();
     void diskSettingsActionRestsWhileItsFormIsOpen();
 };
 
@@ -312,6 +354,107 @@ void TestMainWindow::trayDigitsLandOnTheirPixels()
     tray.apply(plan);
     QVERIFY(tray.icon().cacheKey() != drawn);
     QCOMPARE(tray.icon().pixmap(16, 16).toImage().pixelColor(13, 0), QColor(Qt::yellow)); // top bar of the 1
+}
+
+void TestMainWindow::exportsWriteTheListAndEveryDisk()
+{
+    MainWindow &window = openOn({TestEnv::demoDir()});
+    QVERIFY(waitForEvaluation(window));
+    QTemporaryDir dir;
+    QStringList asked;
+    window.setSaveFileChooser([&](QWidget *parent, const QString &caption, const QString &name, const QString &filter) {
+        asked << QString::number(parent == &window) << caption << name << filter;
+        return dir.filePath(name);
+    });
+
+    QByteArray events;
+    for (const QString &line : window.findChild<EventsLogPage *>()->lines())
+        events += line.toLocal8Bit() + "\r\n";
+    const QString eventsPath = dir.filePath(QStringLiteral("Events.txt"));
+    QCOMPARE(answeringBoxes([&] { window.saveLog(); }),
+             Boxes{box(QMessageBox::Information, QStringLiteral("Event log info file was saved like\n") + eventsPath)});
+    QCOMPARE(TestFiles::read(eventsPath), events);
+
+    const QString smartPath = dir.filePath(QStringLiteral("SMARTinfo.txt"));
+    QCOMPARE(answeringBoxes([&] { window.saveSMART(); }),
+             Boxes{box(QMessageBox::Information, QStringLiteral("SMART info file was saved like\n") + smartPath)});
+    // Every disk in list order, also the one without SMART (its header, then the separator).
+    const QByteArray smart = TestFiles::read(smartPath);
+    QCOMPARE(smart, SmartReport::text(window.monitor()->disks()));
+    QVERIFY(smart.startsWith("Device Halvard HX1000-7K2 SMART Info (ID/Value/Raw Value/Worst/Treshold)\r\n"));
+    QVERIFY(smart.endsWith("------------------------\r\n"
+                           "Device Corlin CF64 Industrial SMART Info (ID/Value/Raw Value/Worst/Treshold)\r\n"
+                           "------------------------\r\n"));
+
+    QCOMPARE(asked, (QStringList{"1", "Save File", "Events.txt", "Event log info (*.txt)",
+                                 "1", "Save File", "SMARTinfo.txt", "SMART info (*.txt)"}));
+}
+
+void TestMainWindow::exportsOfNothingAreEmptyFiles()
+{
+    QTemporaryDir empty;
+    MainWindow &window = openOn({empty.path()});
+    QVERIFY(waitForEvaluation(window));
+    QTemporaryDir dir;
+    // A cancelled file dialog writes nothing and says nothing.
+    answerSaveDialog(window, dir.path(), QString());
+    QVERIFY(answeringBoxes([&] { window.saveLog(), window.saveSMART(); }).isEmpty());
+    QVERIFY(QDir(dir.path()).isEmpty());
+
+    answerSaveDialog(window, dir.path());
+    const QString smartPath = dir.filePath(QStringLiteral("SMARTinfo.txt"));
+    const QString eventsPath = dir.filePath(QStringLiteral("Events.txt"));
+    QVERIFY(TestFiles::write(smartPath, "an older report\r\n"));
+    QVERIFY(TestFiles::write(eventsPath, "an older report\r\n"));
+    window.findChild<EventsLogPage *>()->list()->clear();
+    QCOMPARE(answeringBoxes([&] { window.saveSMART(), window.saveLog(); }),
+             (Boxes{box(QMessageBox::Information, QStringLiteral("SMART info file was saved like\n") + smartPath),
+                    box(QMessageBox::Information, QStringLiteral("Event log info file was saved like\n") + eventsPath)}));
+    QCOMPARE(TestFiles::read(smartPath), QByteArray());
+    QCOMPARE(TestFiles::read(eventsPath), QByteArray());
+}
+
+void TestMainWindow::exportThatCannotBeWritten_data()
+{
+    QTest::addColumn<bool>("smart");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("head");
+    QTest::newRow("SMART into a missing folder") << true << "missing/SMARTinfo.txt" << "Unable to create SMART info file\n";
+    QTest::newRow("events over a file, past the size limit") << false << "Events.txt"
+                                                             << "Unable to create Event log info file\n";
+}
+
+void TestMainWindow::exportThatCannotBeWritten()
+{
+    QFETCH(bool, smart);
+    QFETCH(QString, name);
+    QFETCH(QString, head);
+    QTemporaryDir empty;
+    MainWindow &window = openOn({empty.path()});
+    QVERIFY(waitForEvaluation(window));
+    QTemporaryDir dir;
+    const QString path = dir.filePath(name);
+    answerSaveDialog(window, dir.path(), path);
+    const QByteArray older("older\r\n");
+    const bool sizeLimit = !smart;
+    if (sizeLimit)
+        QVERIFY(TestFiles::write(path, older));
+
+    // Past the limit a write stops short instead of killing the process: the older file must
+    // stay whole, not be replaced by the first bytes of the report.
+    ::signal(SIGXFSZ, SIG_IGN);
+    struct rlimit saved {};
+    QCOMPARE(::getrlimit(RLIMIT_FSIZE, &saved), 0);
+    struct rlimit tight = saved;
+    tight.rlim_cur = sizeLimit ? 4 : saved.rlim_cur;
+    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &tight), 0);
+    const Boxes said = answeringBoxes([&] { smart ? window.saveSMART() : window.saveLog(); });
+    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &saved), 0);
+
+    QCOMPARE(said, Boxes{box(QMessageBox::Critical, head + path)});
+    QCOMPARE(TestFiles::read(path), sizeLimit ? older : QByteArray());
+    QCOMPARE(QDir(dir.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
+             sizeLimit ? QStringList{"Events.txt"} : QStringList{});
 }
 
 void TestMainWindow::diskSettingsActionRestsWhileItsFormIsOpen()
