@@ -1,7 +1,6 @@
 #include "SmartReport.h"
 
 #include "TextLine.h"
-#include "WholeFile.h"
 
 namespace SmartReport {
 
@@ -22,21 +21,6 @@ QByteArray text(const QList<DiskRecord> &disks)
         report += "------------------------\r\n";
     }
     return report;
-}
-
-bool save(const QString &path, const QList<DiskRecord> &disks, QString *error)
-{
-    return WholeFile::write(path, text(disks), error);
-}
-
-QString failedMessage(const QString &path)
-{
-    return QStringLiteral("Unable to create SMART info file\n") + path;
-}
-
-QString savedMessage(const QString &path)
-{
-    return QStringLiteral("SMART info file was saved like\n") + path;
 }
 
 } // namespace SmartReport

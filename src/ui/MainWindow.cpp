@@ -3,6 +3,7 @@
 #include "IconCache.h"
 
 #include "AboutDialog.h"
+#include "Device_dlg.h"
 #include "DiskInfoPage.h"
 #include "DiskTree.h"
 #include "EventsLogPage.h"
@@ -16,6 +17,7 @@
 #include "view_devices.h"
 
 #include "device/AccessReport.h"
+#include "device/SmartReport.h"
 #include "health/DiskPanelPlan.h"
 #include "health/TrayIconPlan.h"
 #include "health/WindowTexts.h"
@@ -30,6 +32,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QContextMenuEvent>
+#include <QFileDialog>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -52,7 +55,10 @@ QIcon image(const char *name)
 } // namespace
 
 MainWindow::MainWindow(std::shared_ptr<DriveBackend> backend, const LicenceLayer &licence, QWidget *parent)
-    : QMainWindow(parent), m_monitor(new DiskMonitor(std::move(backend), this)), m_licence(licence)
+    : QMainWindow(parent), m_monitor(new DiskMonitor(std::move(backend), this)), m_licence(licence),
+      m_chooseSaveFile([](QWidget *parent, const QString &caption, const QString &name, const QString &filter) {
+          return QFileDialog::getSaveFileName(parent, caption, name, filter);
+      })
 {
     setWindowIcon(image("korvane.png"));
     setup_win();
@@ -466,6 +472,14 @@ void MainWindow::updateMonitoringActions()
 
 void MainWindow::show_Dev_Dlg()
 {
+    m_diskSettings->setEnabled(false);
+    Device_dlg dialog(this);
+    dialog.twoValuesLabel()->setText(
+        QCoreApplication::translate("Device_dlgClass", "qwe\nglhgjhg jyjhklyg jhgujgujg\nErjhlk 67575"));
+    dialog.setDevice(m_tree->currentDisk());
+    // Apply or Cancel alike: nothing of the form is read back.
+    dialog.exec();
+    m_diskSettings->setEnabled(true);
 }
 
 void MainWindow::show_Pref_Dlg()
@@ -485,10 +499,35 @@ void MainWindow::show_Help()
 
 void MainWindow::saveLog()
 {
+    const QString path = chooseExportPath(TextExport::Kind::EventLog);
+    if (!path.isEmpty())
+        showExportOutcome(TextExport::save(TextExport::Kind::EventLog, path,
+                                           TextExport::eventsReport(m_eventsPage->lines())));
 }
 
 void MainWindow::saveSMART()
 {
+    const QString path = chooseExportPath(TextExport::Kind::SmartInfo);
+    if (!path.isEmpty())
+        showExportOutcome(TextExport::save(TextExport::Kind::SmartInfo, path, SmartReport::text(m_monitor->disks())));
+}
+
+void MainWindow::setSaveFileChooser(SaveFileChooser chooser)
+{
+    m_chooseSaveFile = std::move(chooser);
+}
+
+QString MainWindow::chooseExportPath(TextExport::Kind kind)
+{
+    const TextExport::FileChoice choice = TextExport::fileChoice(kind);
+    return m_chooseSaveFile(this, choice.caption, choice.proposedName, choice.filter);
+}
+
+void MainWindow::showExportOutcome(const TextExport::Outcome &outcome)
+{
+    QMessageBox box(outcome.saved ? QMessageBox::Information : QMessageBox::Critical, outcome.title, outcome.text,
+                    QMessageBox::Ok, this);
+    box.exec();
 }
 
 void MainWindow::show_about_Dlg()

@@ -3,11 +3,13 @@
 #include "health/EventLine.h"
 #include "health/ExternalTaskRunner.h"
 #include "health/HealthEvaluation.h"
+#include "health/TextExport.h"
 
 #include <QDateTime>
 #include <QMainWindow>
 #include <QSystemTrayIcon>
 
+#include <functional>
 #include <memory>
 
 class DiskInfoPage;
@@ -46,6 +48,13 @@ public:
     void finishSession();
     /// The tray side of the window.
     TrayController *tray() const { return m_tray; }
+
+    /// Asks for the file of an export: parent, caption, proposed name and filter in; the chosen
+    /// path out, empty when the user cancelled.
+    using SaveFileChooser =
+        std::function<QString(QWidget *parent, const QString &caption, const QString &name, const QString &filter)>;
+    /// Replaces how the exports ask for their file (QFileDialog::getSaveFileName by default).
+    void setSaveFileChooser(SaveFileChooser chooser);
 
 signals:
     /// The window is about to close for good.
@@ -106,6 +115,8 @@ private:
     void showSelectedDisk();
     void updateMonitoringActions();
     void placeLookingPanel();
+    QString chooseExportPath(TextExport::Kind kind);
+    void showExportOutcome(const TextExport::Outcome &outcome);
     void detailLog(const QString &entry) const;
 
     DiskMonitor *m_monitor;
@@ -141,6 +152,7 @@ private:
     QAction *m_hide = nullptr;
     QAction *m_close = nullptr;
     ExternalTaskRunner m_tasks;
+    SaveFileChooser m_chooseSaveFile;
     HealthState m_overall = HealthUnknown;
     QString m_traySummary;
     bool m_quitRequested = false;

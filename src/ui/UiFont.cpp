@@ -11,6 +11,13 @@ QFont desktop(qreal pointSize)
     return font;
 }
 
+QFont shellDialog()
+{
+    QFont font(QStringLiteral("MS Shell Dlg 2"));
+    font.setPointSizeF(QApplication::font().pointSizeF());
+    return font;
+}
+
 void substituteWindowsFaces()
 {
     // The attribute descriptions keep their HTML as written; the face they ask for is found here.

@@ -8,7 +8,10 @@ namespace UiFont {
 
 /// The desktop's default UI font at \a pointSize points.
 QFont desktop(qreal pointSize);
-/// Maps the Windows faces that rich texts name ("MS Shell Dlg 2", "Tahoma") to the desktop's UI
+/// "MS Shell Dlg 2", the face the settings forms are laid out in, at the desktop's size; it is
+/// drawn in the desktop's UI font once substituteWindowsFaces() ran.
+QFont shellDialog();
+/// Maps the Windows faces that rich texts and forms name ("MS Shell Dlg 2", "Tahoma") to the desktop's UI
 /// font; call once after the application object exists.
 void substituteWindowsFaces();
 

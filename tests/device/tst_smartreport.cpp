@@ -1,9 +1,6 @@
 #include "device/DiskRecord.h"
 #include "device/SmartReport.h"
 
-#include "TestFiles.h"
-
-#include <QTemporaryDir>
 #include <QTest>
 
 
@@ -65,22 +62,6 @@ private slots:
     {
         QFETCH(QList<DiskRecord>, disks);
         QTEST(SmartReport::text(disks), "report");
-    }
-
-    // A shorter report over a longer one must not keep the old tail.
-    void saveReplacesTheWholeFile()
-    {
-        QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("SMARTinfo.txt"));
-        QVERIFY(TestFiles::write(path, QByteArray(4096, 'x')));
-
-        const QList<DiskRecord> disks{disk(QStringLiteral("ST2000"), {row(5, 100, 0, 100, 36)})};
-        QString error = QStringLiteral("untouched");
-        QVERIFY(SmartReport::save(path, disks, &error));
-        QCOMPARE(error, QStringLiteral("untouched"));
-        QCOMPARE(TestFiles::read(path), SmartReport::text(disks));
-        QVERIFY(SmartReport::save(path, {}, nullptr));
-        QCOMPARE(TestFiles::read(path), QByteArray());
     }
 };
 

@@ -1,5 +1,7 @@
 #include "KorvaneImages.h"
 #include "TestEnv.h"
+#include "TestFiles.h"
+#include "device/SmartReport.h"
 #include "WindowOnDisks.h"
 #include "device/simulated/SimulatedBackend.h"
 #include "health/SmartTableModel.h"
@@ -11,6 +13,7 @@
 #include "settings/FreeEdition.h"
 #include "settings/LanguageTable.h"
 #include "settings/SettingsStore.h"
+#include "ui/Device_dlg.h"
 #include "ui/DiskInfoPage.h"
 #include "ui/DiskTree.h"
 #include "ui/EventsLogPage.h"
@@ -19,12 +22,16 @@
 #include "ui/TrayController.h"
 #include "ui/TrayIconPainter.h"
 
+#include <QAction>
 #include <QApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QStyleFactory>
 #include <QTabWidget>
@@ -32,7 +39,12 @@
 #include <QTest>
 #include <QTimer>
 
+#include <csignal>
+#include <functional>
 #include <memory>
+#include <optional>
+
+#include <sys/resource.h>
 
 namespace {
 
@@ -57,6 +69,40 @@ QSet<QString> paintedPixels(const QImage &image)
     return pixels;
 }
 
+// Runs \a action; every modal window it opens is handed to \a answer, which must close it.
+void answeringModals(const std::function<void()> &action, const std::function<void(QWidget *)> &answer)
+{
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        if (QWidget *modal = QApplication::activeModalWidget())
+            answer(modal);
+    });
+    poll.start(10);
+    action();
+}
+
+// Message boxes as answeringBoxes() notes them: icon, title and text each.
+using Boxes = QList<QStringList>;
+
+// One such box.
+QStringList box(QMessageBox::Icon icon, const QString &text)
+{
+    return {QString::number(icon), QStringLiteral("Korvane"), text};
+}
+
+// Runs \a action, answering the message boxes it shows with OK; what each said, in order.
+Boxes answeringBoxes(const std::function<void()> &action)
+{
+    Boxes said;
+    answeringModals(action, [&](QWidget *modal) {
+        if (auto *shown = qobject_cast<QMessageBox *>(modal)) {
+            said << QStringList{QString::number(shown->icon()), shown->windowTitle(), shown->text()};
+            shown->accept();
+        }
+    });
+    return said;
+}
+
 } // namespace
 
 class TestMainWindow : public QObject
@@ -71,6 +117,14 @@ class TestMainWindow : public QObject
     {
         m_window = windowOnDisks(paths, m_licence);
         return *m_window;
+    }
+    // The exports of the window write into \a folder under the proposed name, or to \a path when
+    // given (empty: the user cancels).
+    static void answerSaveDialog(MainWindow &window, const QString &folder, std::optional<QString> path = {})
+    {
+        window.setSaveFileChooser([folder, path](QWidget *, const QString &, const QString &name, const QString &) {
+            return path ? *path : QDir(folder).filePath(name);
+        });
     }
     bool waitForEvaluation(MainWindow &window, int timeoutMs = 20000)
     {
@@ -105,6 +159,11 @@ private slots:
     void scanLinesNameTheirDisk();
     void unreadableDisksAreNamedBesideTheOthers();
     void trayDigitsLandOnTheirPixels();
+    void exportsWriteTheListAndEveryDisk();
+    void exportsOfNothingAreEmptyFiles();
+    void exportThatCannotBeWritten_data();
+    void exportThatCannotBeWritten();
+    void diskSettingsActionRestsWhileItsFormIsOpen();
 };
 
 void TestMainWindow::showsTheDemoDisks()
@@ -289,6 +348,131 @@ void TestMainWindow::trayDigitsLandOnTheirPixels()
     tray.apply(plan);
     QVERIFY(tray.icon().cacheKey() != drawn);
     QCOMPARE(tray.icon().pixmap(16, 16).toImage().pixelColor(13, 0), QColor(Qt::yellow)); // top bar of the 1
+}
+
+void TestMainWindow::exportsWriteTheListAndEveryDisk()
+{
+    MainWindow &window = openOn({TestEnv::demoDir()});
+    QVERIFY(waitForEvaluation(window));
+    QTemporaryDir dir;
+    QStringList asked;
+    window.setSaveFileChooser([&](QWidget *parent, const QString &caption, const QString &name, const QString &filter) {
+        asked << QString::number(parent == &window) << caption << name << filter;
+        return dir.filePath(name);
+    });
+
+    QByteArray events;
+    for (const QString &line : window.findChild<EventsLogPage *>()->lines())
+        events += line.toLocal8Bit() + "\r\n";
+    const QString eventsPath = dir.filePath(QStringLiteral("Events.txt"));
+    QCOMPARE(answeringBoxes([&] { window.saveLog(); }),
+             Boxes{box(QMessageBox::Information, QStringLiteral("Event log info file was saved like\n") + eventsPath)});
+    QCOMPARE(TestFiles::read(eventsPath), events);
+
+    const QString smartPath = dir.filePath(QStringLiteral("SMARTinfo.txt"));
+    QCOMPARE(answeringBoxes([&] { window.saveSMART(); }),
+             Boxes{box(QMessageBox::Information, QStringLiteral("SMART info file was saved like\n") + smartPath)});
+    // Every disk in list order, also the one without SMART (its header, then the separator).
+    const QByteArray smart = TestFiles::read(smartPath);
+    QCOMPARE(smart, SmartReport::text(window.monitor()->disks()));
+    QVERIFY(smart.startsWith("Device Halvard HX1000-7K2 SMART Info (ID/Value/Raw Value/Worst/Treshold)\r\n"));
+    QVERIFY(smart.endsWith("------------------------\r\n"
+                           "Device Corlin CF64 Industrial SMART Info (ID/Value/Raw Value/Worst/Treshold)\r\n"
+                           "------------------------\r\n"));
+
+    QCOMPARE(asked, (QStringList{"1", "Save File", "Events.txt", "Event log info (*.txt)",
+                                 "1", "Save File", "SMARTinfo.txt", "SMART info (*.txt)"}));
+}
+
+void TestMainWindow::exportsOfNothingAreEmptyFiles()
+{
+    QTemporaryDir empty;
+    MainWindow &window = openOn({empty.path()});
+    QVERIFY(waitForEvaluation(window));
+    QTemporaryDir dir;
+    // A cancelled file dialog writes nothing and says nothing.
+    answerSaveDialog(window, dir.path(), QString());
+    QVERIFY(answeringBoxes([&] { window.saveLog(), window.saveSMART(); }).isEmpty());
+    QVERIFY(QDir(dir.path()).isEmpty());
+
+    answerSaveDialog(window, dir.path());
+    const QString smartPath = dir.filePath(QStringLiteral("SMARTinfo.txt"));
+    const QString eventsPath = dir.filePath(QStringLiteral("Events.txt"));
+    QVERIFY(TestFiles::write(smartPath, "an older report\r\n"));
+    QVERIFY(TestFiles::write(eventsPath, "an older report\r\n"));
+    window.findChild<EventsLogPage *>()->list()->clear();
+    QCOMPARE(answeringBoxes([&] { window.saveSMART(), window.saveLog(); }),
+             (Boxes{box(QMessageBox::Information, QStringLiteral("SMART info file was saved like\n") + smartPath),
+                    box(QMessageBox::Information, QStringLiteral("Event log info file was saved like\n") + eventsPath)}));
+    QCOMPARE(TestFiles::read(smartPath), QByteArray());
+    QCOMPARE(TestFiles::read(eventsPath), QByteArray());
+}
+
+void TestMainWindow::exportThatCannotBeWritten_data()
+{
+    QTest::addColumn<bool>("smart");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("head");
+    QTest::newRow("SMART into a missing folder") << true << "missing/SMARTinfo.txt" << "Unable to create SMART info file\n";
+    QTest::newRow("events over a file, past the size limit") << false << "Events.txt"
+                                                             << "Unable to create Event log info file\n";
+}
+
+void TestMainWindow::exportThatCannotBeWritten()
+{
+    QFETCH(bool, smart);
+    QFETCH(QString, name);
+    QFETCH(QString, head);
+    QTemporaryDir empty;
+    MainWindow &window = openOn({empty.path()});
+    QVERIFY(waitForEvaluation(window));
+    QTemporaryDir dir;
+    const QString path = dir.filePath(name);
+    answerSaveDialog(window, dir.path(), path);
+    const QByteArray older("older\r\n");
+    const bool sizeLimit = !smart;
+    if (sizeLimit)
+        QVERIFY(TestFiles::write(path, older));
+
+    // Past the limit a write stops short instead of killing the process: the older file must
+    // stay whole, not be replaced by the first bytes of the report.
+    ::signal(SIGXFSZ, SIG_IGN);
+    struct rlimit saved {};
+    QCOMPARE(::getrlimit(RLIMIT_FSIZE, &saved), 0);
+    struct rlimit tight = saved;
+    tight.rlim_cur = sizeLimit ? 4 : saved.rlim_cur;
+    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &tight), 0);
+    const Boxes said = answeringBoxes([&] { smart ? window.saveSMART() : window.saveLog(); });
+    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &saved), 0);
+
+    QCOMPARE(said, Boxes{box(QMessageBox::Critical, head + path)});
+    QCOMPARE(TestFiles::read(path), sizeLimit ? older : QByteArray());
+    QCOMPARE(QDir(dir.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
+             sizeLimit ? QStringList{"Events.txt"} : QStringList{});
+}
+
+void TestMainWindow::diskSettingsActionRestsWhileItsFormIsOpen()
+{
+    MainWindow &window = openOn({TestEnv::demoDir()});
+    QVERIFY(waitForEvaluation(window));
+    QAction *action = nullptr;
+    for (QAction *candidate : window.findChildren<QAction *>())
+        if (candidate->text() == QLatin1String("Disk Settings"))
+            action = candidate;
+    QVERIFY(action && action->isEnabled());
+
+    QStringList seen;
+    answeringModals([&] { action->trigger(); }, [&](QWidget *modal) {
+        auto *form = qobject_cast<Device_dlg *>(modal);
+        if (!form)
+            return;
+        seen << QString::number(form->parentWidget() == &window) << QString::number(action->isEnabled())
+             << form->twoValuesLabel()->text();
+        form->findChild<QPushButton *>(QStringLiteral("pushButton"))->click();
+    });
+    QCOMPARE(seen, (QStringList{"1", "0", "qwe\nglhgjhg jyjhklyg jhgujgujg\nErjhlk 67575"}));
+    QVERIFY(action->isEnabled());
+    QVERIFY(window.findChildren<Device_dlg *>().isEmpty());
 }
 
 QTEST_MAIN(TestMainWindow)

@@ -1,6 +1,7 @@
 // Draws the window on the demo disks into PNG files, page by page and language by language, so
 // what users see can be looked at (and the README's picture refreshed) without a desktop.
 #include "ui/AboutDialog.h"
+#include "ui/Attr_setting.h"
 #include "ui/DiskTree.h"
 #include "ui/MainWindow.h"
 #include "ui/Prev_dlg.h"
@@ -17,6 +18,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QMessageBox>
 #include <QSignalSpy>
 #include <QStyleFactory>
@@ -24,6 +26,8 @@
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <QTimer>
+
+#include <functional>
 
 namespace {
 
@@ -56,7 +60,46 @@ bool shootPreferences(MainWindow &window, const QString &folder, const QString &
     return ok;
 }
 
-// Every page of the window, then the about box, in the current language.
+// Runs \a open, which shows a modal window, and pictures that window into \a path once it is up.
+bool shootModal(const std::function<void()> &open, const QString &path)
+{
+    bool ok = false;
+    QTimer picture;
+    picture.setSingleShot(true);
+    QObject::connect(&picture, &QTimer::timeout, [&] {
+        if (QWidget *modal = QApplication::activeModalWidget()) {
+            ok = save(*modal, path);
+            modal->close();
+        }
+    });
+    picture.start(200);
+    open();
+    return ok;
+}
+
+// The settings forms and the exports' message boxes, in the current language.
+bool shootForms(MainWindow &window, const QString &folder, const QString &language)
+{
+    bool ok = shootModal([&] { window.show_Dev_Dlg(); }, QStringLiteral("%1/disk-settings-%2.png").arg(folder, language));
+    for (const bool lowerIsWorse : {true, false}) {
+        Attr_setting form(lowerIsWorse, &window);
+        form.show();
+        wait(100);
+        ok &= save(form, QStringLiteral("%1/attribute-settings-%2-%3.png")
+                             .arg(folder, language, lowerIsWorse ? QStringLiteral("lower") : QStringLiteral("higher")));
+    }
+    const QString exported = QDir(folder).filePath(QStringLiteral("SMARTinfo.txt"));
+    for (const QString &path : {exported, QStringLiteral("/nonexistent/SMARTinfo.txt")}) {
+        window.setSaveFileChooser([path](QWidget *, const QString &, const QString &, const QString &) { return path; });
+        ok &= shootModal([&] { window.saveSMART(); },
+                         QStringLiteral("%1/export-%2-%3.png")
+                             .arg(folder, path == exported ? QStringLiteral("saved") : QStringLiteral("failed"), language));
+    }
+    QFile::remove(exported);
+    return ok;
+}
+
+// Every page of the window, then the about box and the forms, in the current language.
 bool shootLanguage(MainWindow &window, const QString &folder, const QString &language)
 {
     bool ok = true;
@@ -72,16 +115,8 @@ bool shootLanguage(MainWindow &window, const QString &folder, const QString &lan
     wait(100);
     ok &= save(about, QStringLiteral("%1/about-%2.png").arg(folder, language));
     about.close();
-    // The registration box is modal: picture and close it once it is up.
-    QTimer::singleShot(200, &window, [&] {
-        for (QWidget *widget : QApplication::topLevelWidgets()) {
-            if (auto *box = qobject_cast<QMessageBox *>(widget); box && box->isVisible()) {
-                ok &= save(*box, QStringLiteral("%1/register-%2.png").arg(folder, language));
-                box->accept();
-            }
-        }
-    });
-    window.registrationApp();
+    ok &= shootModal([&] { window.registrationApp(); }, QStringLiteral("%1/register-%2.png").arg(folder, language));
+    ok &= shootForms(window, folder, language);
     return ok & shootPreferences(window, folder, language);
 }
 
@@ -112,7 +147,7 @@ int main(int argc, char *argv[])
     MainWindow window(createDriveBackend({}, &errors), licence);
     window.resize(900, 600);
     window.setWindowTitle(windowTitle(licence));
-    // Watched from the start: on a fast machine the first evaluation can come before the first picture.
+    // Simulated disks can be read before the panel is pictured: listen from the start.
     QSignalSpy evaluated(window.monitor(), &DiskMonitor::evaluated);
     window.show();
     wait(30);
