@@ -144,7 +144,7 @@ void MainWindow::buildActions()
     m_preferences = new QAction(image("diagnostic_exec.png"), QString(), this);
     m_preferences->setShortcut(QKeySequence::Preferences);
     connect(m_preferences, &QAction::triggered, this, &MainWindow::show_Pref_Dlg);
-    m_diskSettings = new QAction(QString(), this);
+    m_diskSettings = new QAction(image("paste.png"), QString(), this);
     connect(m_diskSettings, &QAction::triggered, this, &MainWindow::show_Dev_Dlg);
     m_register = new QAction(QString(), this);
     connect(m_register, &QAction::triggered, this, &MainWindow::registrationApp);
@@ -174,7 +174,9 @@ void MainWindow::buildMenus()
     m_tasksMenu->addSeparator();
     m_tasksMenu->addAction(m_monitorOff);
     m_tasksMenu->addAction(m_monitorOn);
-    m_settingsMenu = menuBar()->addMenu(image("paste.png"), QString());
+    // Text only: a menu bar shows an icon instead of the title, and a lone picture among the
+    // menus' names reads as a button.
+    m_settingsMenu = menuBar()->addMenu(QString());
     m_settingsMenu->addAction(m_preferences);
     m_settingsMenu->addAction(m_diskSettings);
     m_helpMenu = menuBar()->addMenu(QString());
@@ -203,6 +205,7 @@ void MainWindow::buildMenus()
     m_trayMenu->addAction(m_hide);
     m_trayMenu->addSeparator();
     m_trayMenu->addAction(m_refresh);
+    m_trayMenu->addAction(m_preferences);
     m_trayMenu->addSeparator();
     m_trayMenu->addAction(m_close);
 }
@@ -466,12 +469,13 @@ void MainWindow::updateMonitoringActions()
     const bool monitored = known && m_monitor->disks().at(index).monitored;
     m_monitorOff->setEnabled(known && monitored);
     m_monitorOn->setEnabled(known && !monitored);
-    m_diskSettings->setEnabled(known);
+    m_diskSettings->setEnabled(known && !m_diskSettingsOpen);
     m_preferences->setEnabled(!m_monitor->isDiscovering());
 }
 
 void MainWindow::show_Dev_Dlg()
 {
+    m_diskSettingsOpen = true;
     m_diskSettings->setEnabled(false);
     Device_dlg dialog(this);
     dialog.twoValuesLabel()->setText(
@@ -479,6 +483,7 @@ void MainWindow::show_Dev_Dlg()
     dialog.setDevice(m_tree->currentDisk());
     // Apply or Cancel alike: nothing of the form is read back.
     dialog.exec();
+    m_diskSettingsOpen = false;
     m_diskSettings->setEnabled(true);
 }
 

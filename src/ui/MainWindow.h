@@ -156,5 +156,6 @@ private:
     HealthState m_overall = HealthUnknown;
     QString m_traySummary;
     bool m_quitRequested = false;
+    bool m_diskSettingsOpen = false; ///< a poll must not re-enable the action while its form is up
     bool m_sessionFinished = false;
 };
