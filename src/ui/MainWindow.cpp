@@ -21,6 +21,7 @@
 #include "monitor/DiskMonitor.h"
 #include "settings/AppSettings.h"
 #include "settings/DetailLog.h"
+#include "settings/HelpManual.h"
 #include "settings/LanguageTable.h"
 #include "settings/LicenceLayer.h"
 #include "settings/SettingsStore.h"
@@ -28,6 +29,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QContextMenuEvent>
+#include <QDesktopServices>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -453,6 +455,13 @@ void MainWindow::show_Pref_Dlg()
 
 void MainWindow::show_Help()
 {
+    const HelpManual::Decision help = HelpManual::decide(QCoreApplication::applicationDirPath());
+    QString problem = help.message;
+    if (problem.isEmpty() && !QDesktopServices::openUrl(help.url))
+        problem = HelpManual::notOpenedMessage(help.path);
+    // Said here, or the user presses F1 and nothing at all happens.
+    if (!problem.isEmpty())
+        QMessageBox(QMessageBox::Warning, languageText(Lang::Title), problem, QMessageBox::Ok, this).exec();
 }
 
 void MainWindow::saveLog()

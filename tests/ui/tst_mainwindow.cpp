@@ -19,11 +19,16 @@
 #include "ui/TrayIconPainter.h"
 
 #include <QApplication>
+#include <QDesktopServices>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenu>
+#include <QMessageBox>
+#include <QRegularExpression>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QStyleFactory>
 #include <QTabWidget>
@@ -31,6 +36,7 @@
 #include <QTest>
 #include <QTimer>
 
+#include <functional>
 #include <memory>
 
 namespace {
@@ -56,7 +62,36 @@ QSet<QString> paintedPixels(const QImage &image)
     return pixels;
 }
 
+// Runs \a action and returns the text of the message box it shows, closed at once; empty when it
+// shows none.
+QString messageShownBy(const std::function<void()> &action, QString *title = nullptr)
+{
+    QString text;
+    QTimer closer;
+    QObject::connect(&closer, &QTimer::timeout, [&] {
+        if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+            text = box->text();
+            if (title)
+                *title = box->windowTitle();
+            box->done(QMessageBox::Ok);
+        }
+    });
+    closer.start(20);
+    action();
+    return text;
+}
+
 } // namespace
+
+/// Stands in for the desktop's viewer: keeps the URLs it is asked to open.
+class UrlCatcher : public QObject
+{
+    Q_OBJECT
+public:
+    QList<QUrl> urls;
+public slots:
+    void open(const QUrl &url) { urls << url; }
+};
 
 class TestMainWindow : public QObject
 {
@@ -111,6 +146,8 @@ private slots:
     void scanLinesNameTheirDisk();
     void unreadableDisksAreNamedBesideTheOthers();
     void trayDigitsLandOnTheirPixels();
+    void helpOpensTheManualOrSaysWhy_data();
+    void helpOpensTheManualOrSaysWhy();
 };
 
 void TestMainWindow::showsTheDemoDisks()
@@ -295,6 +332,53 @@ void TestMainWindow::trayDigitsLandOnTheirPixels()
     tray.apply(plan);
     QVERIFY(tray.icon().cacheKey() != drawn);
     QCOMPARE(tray.icon().pixmap(16, 16).toImage().pixelColor(13, 0), QColor(Qt::yellow)); // top bar of the 1
+}
+
+void TestMainWindow::helpOpensTheManualOrSaysWhy_data()
+{
+    QTest::addColumn<bool>("present");
+    QTest::addColumn<bool>("viewer");
+    QTest::addColumn<int>("message"); // Lang entry, or -1 for none
+    QTest::newRow("present") << true << true << -1;
+    QTest::newRow("missing") << false << true << int(Lang::HelpMissing);
+    QTest::newRow("no viewer") << true << false << int(Lang::HelpNotOpened);
+}
+
+void TestMainWindow::helpOpensTheManualOrSaysWhy()
+{
+    QFETCH(bool, present);
+    QFETCH(bool, viewer);
+    QFETCH(int, message);
+    // The offscreen platform opens nothing; another one might start a real viewer.
+    if (!viewer && QGuiApplication::platformName() != QLatin1String("offscreen"))
+        QSKIP("only the offscreen platform is known to have no viewer");
+
+    // Help looks beside the running program: here, beside this test.
+    const QString manual = QCoreApplication::applicationDirPath() + QStringLiteral("/Korvane.pdf");
+    QFile::remove(manual);
+    const auto removeManual = qScopeGuard([&] { QFile::remove(manual); });
+    if (present)
+        QVERIFY(QFile(manual).open(QIODevice::WriteOnly));
+    UrlCatcher catcher;
+    if (viewer)
+        QDesktopServices::setUrlHandler(QStringLiteral("file"), &catcher, "open");
+    const auto removeHandler = qScopeGuard([] { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); });
+    if (!viewer)
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("does not support .*openDocument")));
+
+    QTemporaryDir empty;
+    MainWindow &window = openOn({empty.path()});
+    QString title;
+    const QString shown = messageShownBy([&] { window.show_Help(); }, &title);
+
+    if (message < 0) {
+        QCOMPARE(shown, QString());
+        QCOMPARE(catcher.urls, QList<QUrl>{QUrl::fromLocalFile(manual)});
+        return;
+    }
+    QCOMPARE(title, languageText(Lang::Title));
+    QCOMPARE(shown, languageText(message).arg(QDir::toNativeSeparators(manual)));
+    QVERIFY(catcher.urls.isEmpty());
 }
 
 QTEST_MAIN(TestMainWindow)
