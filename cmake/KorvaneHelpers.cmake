@@ -1,3 +1,11 @@
+# The environment of the tools the build runs (render_icons, render_manual). They are not part
+# of Korvane: under the race detector only our own code is checked, and Qt's SVG renderer runs
+# threads the detector cannot follow.
+set(KORVANE_BUILD_TOOL_ENV)
+if(KORVANE_SANITIZE_THREAD)
+    set(KORVANE_BUILD_TOOL_ENV TSAN_OPTIONS=ignore_noninstrumented_modules=1)
+endif()
+
 # A static library of Korvane's own, built from the sources listed (relative
 # to the calling folder), with src/ on the include path.
 function(korvane_add_library name)
@@ -27,4 +35,26 @@ function(korvane_add_tests dir)
             TIMEOUT 300
             ENVIRONMENT "QT_QPA_PLATFORM=offscreen;KORVANE_SOURCE_DIR=${CMAKE_SOURCE_DIR};KORVANE_TESTDATA=${KORVANE_TESTDATA};KORVANE_BINARY_DIR=${CMAKE_BINARY_DIR};${ARG_ENV}")
     endforeach()
+endfunction()
+
+# Prints the user manual docs/manual/Korvane.md to Korvane.pdf beside the executable of TARGET,
+# where its Help action looks for it, whenever TARGET is built and the manual or a picture in
+# it has changed. The printer needs a font database but no display.
+function(korvane_print_manual target)
+    get_target_property(dir ${target} RUNTIME_OUTPUT_DIRECTORY)
+    if(NOT dir)
+        set(dir ${CMAKE_CURRENT_BINARY_DIR})
+    endif()
+    set(source ${CMAKE_SOURCE_DIR}/docs/manual/Korvane.md)
+    set(pdf ${dir}/Korvane.pdf)
+    add_custom_command(OUTPUT ${pdf}
+        COMMAND ${CMAKE_COMMAND} -E env QT_QPA_PLATFORM=offscreen ${KORVANE_BUILD_TOOL_ENV}
+                $<TARGET_FILE:render_manual> ${source} ${pdf} "Korvane ${PROJECT_VERSION} user manual" ${pdf}.d
+        DEPENDS render_manual ${source}
+        DEPFILE ${pdf}.d
+        COMMENT "Printing the user manual to ${pdf}"
+        VERBATIM)
+    add_custom_target(${target}_manual DEPENDS ${pdf})
+    add_dependencies(${target} ${target}_manual)
+    install(FILES ${pdf} TYPE BIN)
 endfunction()

@@ -7,9 +7,9 @@
 # Packages needed to build Korvane and run its programs.
 KORVANE_BUILD_PACKAGES=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-svg-dev qt6-qpa-plugins libblkid-dev fonts-dejavu-core)
 # Peers and tools the test suite uses: skdump and smartctl as oracles, QEMU for
-# the real-kernel test, Xvfb for window tests.
+# the real-kernel test, Xvfb for window tests, pdftotext to read the manual back.
 KORVANE_TEST_PACKAGES=(libatasmart-bin smartmontools qemu-system-x86 busybox-static cpio dbus-daemon
-                       python3 libcap2-bin e2fsprogs xvfb xauth)
+                       python3 libcap2-bin e2fsprogs xvfb xauth poppler-utils)
 
 say() { printf '==> %s\n' "$*"; }
 die() { printf 'error: %s\n' "$*" >&2; exit 1; }

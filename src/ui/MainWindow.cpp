@@ -24,6 +24,7 @@
 #include "monitor/DiskMonitor.h"
 #include "settings/AppSettings.h"
 #include "settings/DetailLog.h"
+#include "settings/HelpManual.h"
 #include "settings/LanguageTable.h"
 #include "settings/LicenceLayer.h"
 #include "settings/PreferencesApply.h"
@@ -32,6 +33,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QContextMenuEvent>
+#include <QDesktopServices>
 #include <QFileDialog>
 #include <QMenu>
 #include <QMenuBar>
@@ -500,6 +502,13 @@ void MainWindow::show_Pref_Dlg()
 
 void MainWindow::show_Help()
 {
+    const HelpManual::Decision help = HelpManual::decide(QCoreApplication::applicationDirPath());
+    QString problem = help.message;
+    if (problem.isEmpty() && !QDesktopServices::openUrl(help.url))
+        problem = HelpManual::notOpenedMessage(help.path);
+    // Said here, or the user presses F1 and nothing at all happens.
+    if (!problem.isEmpty())
+        QMessageBox(QMessageBox::Warning, languageText(Lang::Title), problem, QMessageBox::Ok, this).exec();
 }
 
 void MainWindow::saveLog()

@@ -76,7 +76,7 @@ public slots:
     /// Opens the preferences; does nothing while discovery runs.
     void show_Pref_Dlg();
     void show_about_Dlg();
-    /// Opens the user manual beside the executable with the desktop's viewer.
+    /// Opens the user manual beside the executable in the desktop's viewer, or says why it cannot.
     void show_Help();
     void update_ALL();
     void iconActivated(QSystemTrayIcon::ActivationReason reason);

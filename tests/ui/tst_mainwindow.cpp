@@ -24,6 +24,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDesktopServices>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -32,6 +33,8 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QStyleFactory>
 #include <QTabWidget>
@@ -105,6 +108,16 @@ Boxes answeringBoxes(const std::function<void()> &action)
 
 } // namespace
 
+/// Stands in for the desktop's viewer: keeps the URLs it is asked to open.
+class UrlCatcher : public QObject
+{
+    Q_OBJECT
+public:
+    QList<QUrl> urls;
+public slots:
+    void open(const QUrl &url) { urls << url; }
+};
+
 class TestMainWindow : public QObject
 {
     Q_OBJECT
@@ -164,6 +177,8 @@ private slots:
     void exportThatCannotBeWritten_data();
     void exportThatCannotBeWritten();
     void diskSettingsActionRestsWhileItsFormIsOpen();
+    void helpOpensTheManualOrSaysWhy_data();
+    void helpOpensTheManualOrSaysWhy();
 };
 
 void TestMainWindow::showsTheDemoDisks()
@@ -473,6 +488,51 @@ void TestMainWindow::diskSettingsActionRestsWhileItsFormIsOpen()
     QCOMPARE(seen, (QStringList{"1", "0", "qwe\nglhgjhg jyjhklyg jhgujgujg\nErjhlk 67575"}));
     QVERIFY(action->isEnabled());
     QVERIFY(window.findChildren<Device_dlg *>().isEmpty());
+}
+
+void TestMainWindow::helpOpensTheManualOrSaysWhy_data()
+{
+    QTest::addColumn<bool>("present");
+    QTest::addColumn<bool>("viewer");
+    QTest::addColumn<int>("message"); // Lang entry, or -1 for none
+    QTest::newRow("present") << true << true << -1;
+    QTest::newRow("missing") << false << true << int(Lang::HelpMissing);
+    QTest::newRow("no viewer") << true << false << int(Lang::HelpNotOpened);
+}
+
+void TestMainWindow::helpOpensTheManualOrSaysWhy()
+{
+    QFETCH(bool, present);
+    QFETCH(bool, viewer);
+    QFETCH(int, message);
+    // The offscreen platform opens nothing; another one might start a real viewer.
+    if (!viewer && QGuiApplication::platformName() != QLatin1String("offscreen"))
+        QSKIP("only the offscreen platform is known to have no viewer");
+
+    // Help looks beside the running program: here, beside this test.
+    const QString manual = QCoreApplication::applicationDirPath() + QStringLiteral("/Korvane.pdf");
+    QFile::remove(manual);
+    const auto removeManual = qScopeGuard([&] { QFile::remove(manual); });
+    if (present)
+        QVERIFY(QFile(manual).open(QIODevice::WriteOnly));
+    UrlCatcher catcher;
+    if (viewer)
+        QDesktopServices::setUrlHandler(QStringLiteral("file"), &catcher, "open");
+    const auto removeHandler = qScopeGuard([] { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); });
+    if (!viewer)
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("does not support .*openDocument")));
+
+    QTemporaryDir empty;
+    MainWindow &window = openOn({empty.path()});
+    const Boxes shown = answeringBoxes([&] { window.show_Help(); });
+
+    if (message < 0) {
+        QCOMPARE(shown, Boxes());
+        QCOMPARE(catcher.urls, QList<QUrl>{QUrl::fromLocalFile(manual)});
+        return;
+    }
+    QCOMPARE(shown, Boxes{box(QMessageBox::Warning, languageText(message).arg(QDir::toNativeSeparators(manual)))});
+    QVERIFY(catcher.urls.isEmpty());
 }
 
 QTEST_MAIN(TestMainWindow)
