@@ -144,7 +144,11 @@ void MainWindow::buildActions()
     m_saveSmart = new QAction(image("smart_save.png"), QString(), this);
     connect(m_saveSmart, &QAction::triggered, this, &MainWindow::saveSMART);
     m_preferences = new QAction(image("diagnostic_exec.png"), QString(), this);
-    m_preferences->setShortcut(QKeySequence::Preferences);
+    // Desktops without a convention of their own get the common Ctrl+, .
+    if (QKeySequence::keyBindings(QKeySequence::Preferences).isEmpty())
+        m_preferences->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    else
+        m_preferences->setShortcut(QKeySequence::Preferences);
     connect(m_preferences, &QAction::triggered, this, &MainWindow::show_Pref_Dlg);
     m_diskSettings = new QAction(image("paste.png"), QString(), this);
     connect(m_diskSettings, &QAction::triggered, this, &MainWindow::show_Dev_Dlg);

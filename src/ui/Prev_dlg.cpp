@@ -303,6 +303,7 @@ QWidget *Prev_dlg::buildTasksPage()
     for (const auto &[field, caption] : {std::pair{m_warnTask, Lang::OnWarning}, std::pair{m_critTask, Lang::OnAlarm}}) {
         auto *browse = new QPushButton(group);
         bindText(browse, Lang::Browse);
+        m_browseButtons.append({browse, caption});
         connect(browse, &QPushButton::clicked, this, [this, edit = field] { chooseProgram(edit); });
         grid->addWidget(label(caption, field), row, 0);
         grid->addWidget(field, row, 1);
@@ -354,8 +355,12 @@ void Prev_dlg::retranslate()
     m_pageList->setFixedWidth(m_pageList->sizeHintForColumn(0) + 2 * m_pageList->frameWidth() + 8);
     for (const auto &[widget, entry] : m_texts) {
         const QString text = languageText(entry);
-        if (auto *caption = qobject_cast<QLabel *>(widget))
+        if (auto *caption = qobject_cast<QLabel *>(widget)) {
             caption->setText(text);
+            // A combo box is announced by its current item: its label must name it too.
+            if (auto *combo = qobject_cast<QComboBox *>(caption->buddy()))
+                combo->setAccessibleName(text);
+        }
         else if (auto *button = qobject_cast<QAbstractButton *>(widget))
             button->setText(text);
         else if (auto *group = qobject_cast<QGroupBox *>(widget))
@@ -367,6 +372,11 @@ void Prev_dlg::retranslate()
     if (m_trayDisk->count() == m_disks.size() + 1)
         m_trayDisk->setItemText(m_disks.size(),
                                 languageText(Lang::DiskNotPresent).arg(m_trayDisk->itemData(m_disks.size()).toInt()));
+    // Two buttons of one text: a screen reader must tell which program each chooses.
+    for (const auto &[button, caption] : m_browseButtons)
+        button->setAccessibleName(QStringLiteral("%1 %2").arg(languageText(Lang::Browse), languageText(caption)));
+    m_pollPeriod->setAccessibleName(languageText(Lang::CheckSmartEvery));
+    m_spacePeriod->setAccessibleName(languageText(Lang::CheckSpaceEvery));
     for (QSpinBox *limit : {m_warnTemp, m_critTemp})
         limit->setSuffix(QLatin1Char(' ') + languageText(Lang::UnitCelsius));
     m_buttons->button(QDialogButtonBox::Ok)->setText(languageText(Lang::Ok));

@@ -18,6 +18,7 @@ class QGridLayout;
 class QLabel;
 class QLineEdit;
 class QListWidget;
+class QPushButton;
 class QSpinBox;
 class QStackedWidget;
 class TrayColourPreview;
@@ -70,6 +71,7 @@ private:
     Applier m_applier;
     QList<std::pair<QWidget *, int>> m_texts;
     QList<std::pair<QComboBox *, QList<int>>> m_items;
+    QList<std::pair<QPushButton *, int>> m_browseButtons; ///< with the caption of their row
     QListWidget *m_pageList = nullptr;
     QStackedWidget *m_pages = nullptr;
     QDialogButtonBox *m_buttons = nullptr;
