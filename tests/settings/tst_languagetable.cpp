@@ -1,8 +1,9 @@
 #include "settings/LanguageTable.h"
 
+#include "TestEnv.h"
+
 #include <QDirIterator>
 #include <QFile>
-#include <QProcessEnvironment>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -64,9 +65,8 @@ private slots:
     // A text written into a widget as a literal would stay English in every language.
     void windowTextsComeFromTheTable()
     {
-        const QString source = QProcessEnvironment::systemEnvironment().value(QStringLiteral("KORVANE_SOURCE_DIR"));
-        QVERIFY(!source.isEmpty());
-        QDirIterator files(source + QStringLiteral("/src/ui"), {QStringLiteral("*.cpp")});
+        QDirIterator files(TestEnv::sourceDir() + QStringLiteral("/src/ui"), {QStringLiteral("*.cpp")});
+        QVERIFY(files.hasNext());
         while (files.hasNext()) {
             QFile file(files.next());
             QVERIFY(file.open(QIODevice::ReadOnly));
