@@ -81,6 +81,11 @@ private slots:
         QTest::newRow("health, OK")
             << row(5, 100, 36) << QStringList{"5", "Reallocated sector count", "100", "99", "36", "1005", "OK"}
             << int(C::Health) << "attr_health";
+        SmartAttribute wide = row(5, 100, 36);
+        wide.raw = 0x123456789ABCLL;
+        QTest::newRow("health, all six raw bytes")
+            << wide << QStringList{"5", "Reallocated sector count", "100", "99", "36", "20015998343868", "OK"}
+            << int(C::Health) << "attr_health";
         QTest::newRow("health, at threshold")
             << row(5, 36, 36) << QStringList{"5", "Reallocated sector count", "36", "35", "36", "1005", "WARNING"}
             << int(C::Health) << "attr_health";
@@ -118,15 +123,6 @@ private slots:
             const bool number = c != SmartTableModel::NameColumn && c != SmartTableModel::StatusColumn;
             QCOMPARE(cell.data(Qt::TextAlignmentRole).toInt(), number ? int(Qt::AlignRight | Qt::AlignVCenter) : 0);
         }
-    }
-
-    void rawValueIsTheWholeDecimal()
-    {
-        SmartAttribute a = row(9, 100, 0);
-        a.raw = 0x123456789ABCLL; // six raw bytes
-        SmartTableModel model(m_english);
-        model.setDisk(disk({a}));
-        QCOMPARE(model.index(0, SmartTableModel::RawColumn).data().toString(), QStringLiteral("20015998343868"));
     }
 
     // The evaluation does not look at these disks, so no row may claim a verdict.

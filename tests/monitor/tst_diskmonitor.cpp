@@ -160,21 +160,21 @@ private slots:
     void pollsGoOnPastAHungDisk()
     {
         ATA_Smart::setWatchdogIntervalForTests(600);
-        // The second disk's first re-read hangs for 3 s; its error-rate value would drop meanwhile.
-        DiskMonitor &monitor = monitorOf({description(QStringLiteral("FINE"), "[1000, 1001, 1002, 1003, 1004, 1005]"),
-                                          description(QStringLiteral("HUNG"), "1000", "[100, 90, 80]",
-                                                      R"({"hang": {"seconds": 3, "polls": [1]}})")});
+        // The first disk's first re-read hangs for 3 s; its error-rate value would drop meanwhile.
+        DiskMonitor &monitor = monitorOf({description(QStringLiteral("HUNG"), "1000", "[100, 90, 80]",
+                                                      R"({"hang": {"seconds": 3, "polls": [1]}})"),
+                                          description(QStringLiteral("FINE"), "[1000, 1001, 1002, 1003, 1004, 1005]")});
         monitor.setSmartIntervalMs(150);
         QSignalSpy notices(&monitor, &DiskMonitor::notice);
         QList<quint64> powerOn;
         QList<quint32> hungValue;
         connect(&monitor, &DiskMonitor::evaluated, this, [&](const HealthEvaluation &, const QList<DiskRecord> &disks) {
-            powerOn << disks.at(0).powerOnRaw;
-            hungValue << disks.at(1).attributes.at(0).current;
+            powerOn << disks.at(1).powerOnRaw;
+            hungValue << disks.at(0).attributes.at(0).current;
         });
         monitor.start();
         QTRY_VERIFY_WITH_TIMEOUT(powerOn.size() >= 6, 2500);
-        // The others go on every poll; the hung disk keeps the values it had.
+        // The others, also those after it, go on every poll; the hung disk keeps the values it had.
         QCOMPARE(powerOn.mid(0, 6), (QList<quint64>{1000, 1001, 1002, 1003, 1004, 1005}));
         QCOMPARE(hungValue.mid(0, 6), QList<quint32>(6, 100));
         QTRY_COMPARE(notices.count(), 1);

@@ -1,8 +1,9 @@
 #include "settings/LanguageTable.h"
 
+#include "TestEnv.h"
+
 #include <QDirIterator>
 #include <QFile>
-#include <QProcessEnvironment>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -12,45 +13,25 @@ class TestLanguageTable : public QObject
     Q_OBJECT
 
 private slots:
-    // The texts come from resources compiled into the settings library; this test is an ordinary
-    // executable linking it, so it also proves the resources survive static linking.
-    void bundledFiles_data()
-    {
-        QTest::addColumn<int>("languageIndex");
-        QTest::addColumn<QString>("name");
-        QTest::newRow("English") << int(LanguageTable::English) << "English";
-        QTest::newRow("Russian") << int(LanguageTable::Russian) << QString::fromUtf8("Русский");
-        QTest::newRow("German") << int(LanguageTable::German) << "Deutsch";
-        QTest::newRow("unknown index falls back to English") << 5 << "English";
-    }
-    void bundledFiles()
-    {
-        QFETCH(int, languageIndex);
-        QFETCH(QString, name);
-        QVERIFY(loadLanguage(languageIndex));
-        QCOMPARE(languageTable().size(), int(Lang::EntryCount));
-        QCOMPARE(languageText(Lang::LanguageName), name);
-        for (int entry = 0; entry < Lang::EntryCount; ++entry)
-            QVERIFY2(!languageText(entry).trimmed().isEmpty(), qPrintable(QStringLiteral("entry %1").arg(entry)));
-        // Texts that other code builds on and that must not be translated away.
-        QCOMPARE(languageText(Lang::Title), QStringLiteral("Korvane"));
-        QCOMPARE(languageText(Lang::UnitCelsius) + languageText(Lang::UnitFahrenheit), QString::fromUtf8("°C°F"));
-    }
-
     // Every entry the program uses is there in every language, and translated where a
-    // translation is due: the same text is allowed only where the language says it so too.
+    // translation is due: the same text is allowed only where the language says it so too. The
+    // texts come from resources compiled into the settings library; this test is an ordinary
+    // executable linking it, so it also proves the resources survive static linking.
     void translationsAreComplete_data()
     {
         QTest::addColumn<int>("languageIndex");
-        QTest::addColumn<QList<int>>("sameAsEnglish");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QList<int>>("sameAsEnglish"); // {-1}: every entry
         const QList<int> everywhere = {Lang::UnitCelsius, Lang::UnitFahrenheit, Lang::Title, Lang::AttrIdColumn};
-        QTest::newRow("German") << int(LanguageTable::German)
+        QTest::newRow("English") << int(LanguageTable::English) << "English" << QList<int>{-1};
+        QTest::newRow("unknown index falls back to English") << 5 << "English" << QList<int>{-1};
+        QTest::newRow("German") << int(LanguageTable::German) << "Deutsch"
                                 << (everywhere + QList<int>{Lang::CelsiusName, Lang::FahrenheitName, Lang::EmailPage,
                                                             Lang::ColourNormal, Lang::Ok, Lang::SmtpPort, Lang::LevelOk,
                                                             Lang::LevelAlarm, Lang::AttrStatusColumn,
                                                             Lang::VolumesHeading, Lang::ColourCyan, Lang::ColourMagenta,
                                                             Lang::AboutVersion});
-        QTest::newRow("Russian") << int(LanguageTable::Russian) << everywhere;
+        QTest::newRow("Russian") << int(LanguageTable::Russian) << QString::fromUtf8("Русский") << everywhere;
     }
     void translationsAreComplete()
     {
@@ -59,8 +40,8 @@ private slots:
         QVERIFY(loadLanguage(LanguageTable::English));
         const QStringList english = languageTable();
         QVERIFY(loadLanguage(languageIndex));
+        QTEST(languageText(Lang::LanguageName), "name");
         const QStringList translated = languageTable();
-        QCOMPARE(english.size(), int(Lang::EntryCount));
         QCOMPARE(translated.size(), int(Lang::EntryCount));
         static const QRegularExpression placeholder(QStringLiteral("%\\d+"));
         auto placeholders = [](const QString &text) {
@@ -73,7 +54,8 @@ private slots:
         for (int entry = 0; entry < Lang::EntryCount; ++entry) {
             const QString where = QStringLiteral("entry %1: %2").arg(entry).arg(translated.at(entry));
             QVERIFY2(!translated.at(entry).trimmed().isEmpty(), qPrintable(where));
-            QVERIFY2((translated.at(entry) == english.at(entry)) == sameAsEnglish.contains(entry), qPrintable(where));
+            const bool same = sameAsEnglish == QList<int>{-1} || sameAsEnglish.contains(entry);
+            QVERIFY2((translated.at(entry) == english.at(entry)) == same, qPrintable(where));
             // A lost "%1" drops a path or a name from a message; a lost "&" drops a menu's key.
             QCOMPARE(placeholders(translated.at(entry)), placeholders(english.at(entry)));
             QCOMPARE(translated.at(entry).count(QLatin1Char('&')), english.at(entry).count(QLatin1Char('&')));
@@ -83,9 +65,8 @@ private slots:
     // A text written into a widget as a literal would stay English in every language.
     void windowTextsComeFromTheTable()
     {
-        const QString source = QProcessEnvironment::systemEnvironment().value(QStringLiteral("KORVANE_SOURCE_DIR"));
-        QVERIFY(!source.isEmpty());
-        QDirIterator files(source + QStringLiteral("/src/ui"), {QStringLiteral("*.cpp")});
+        QDirIterator files(TestEnv::sourceDir() + QStringLiteral("/src/ui"), {QStringLiteral("*.cpp")});
+        QVERIFY(files.hasNext());
         while (files.hasNext()) {
             QFile file(files.next());
             QVERIFY(file.open(QIODevice::ReadOnly));

@@ -120,7 +120,6 @@ private slots:
         // The temperature pair is taken only as a whole.
         const QString pair = QStringLiteral("warn_temp,crit_temp");
         QTest::newRow("critical below default warning") << QByteArray("crit_temp=40") << pair << "55,70";
-        QTest::newRow("valid pair") << QByteArray("warn_temp=60\ncrit_temp=65") << pair << "60,65";
         QTest::newRow("lowest pair") << QByteArray("warn_temp=30\ncrit_temp=31") << pair << "30,31";
         QTest::newRow("highest pair") << QByteArray("warn_temp=80\ncrit_temp=100") << pair << "80,100";
         QTest::newRow("warning too low") << QByteArray("warn_temp=29") << pair << "55,70";

@@ -11,11 +11,6 @@ QString sourceDir()
     return qEnvironmentVariable("KORVANE_SOURCE_DIR");
 }
 
-QString binaryDir()
-{
-    return qEnvironmentVariable("KORVANE_BINARY_DIR");
-}
-
 QString smartDumpDir()
 {
     const QString dir = QDir(qEnvironmentVariable("KORVANE_TESTDATA")).filePath(QStringLiteral("smart-dumps"));

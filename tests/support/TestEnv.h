@@ -4,13 +4,11 @@
 #include <QString>
 #include <QStringList>
 
-/// Where tests find the source tree, the build tree and the shared test data.
+/// Where tests find the source tree, the programs they run and the shared test data.
 namespace TestEnv {
 
 /// The source tree (KORVANE_SOURCE_DIR).
 QString sourceDir();
-/// The build tree (KORVANE_BINARY_DIR).
-QString binaryDir();
 /// The folder of real SMART dumps, or empty when it is not there.
 QString smartDumpDir();
 /// The bundled demo disks.

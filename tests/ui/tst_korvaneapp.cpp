@@ -80,80 +80,75 @@ private slots:
         if (korvane().isEmpty())
             QSKIP("KORVANE_GUI is not set: run through ctest");
     }
-    void aThirdCopyLeavesSilently();
-    void stopSignalsEndTheSessionLikeClose();
-    void detailedLogGoesToTheWorkingDirectory();
-    void aHiddenStartKeepsItsFilesWhereAutostartPoints();
-};
-
-void TestKorvaneApp::aThirdCopyLeavesSilently()
-{
-    QTemporaryDir home;
-    const QString log = home.filePath(QStringLiteral("KV_f.log"));
-    auto first = startKorvane(home.path());
-    QVERIFY(waitForText(log, "Session started"));
-    // The program counts itself: a second copy may start.
-    auto second = startKorvane(home.path());
-    QVERIFY(!second->waitForFinished(1500));
-    auto third = startKorvane(home.path());
-    QVERIFY(third->waitForFinished(15000));
-    QCOMPARE(third->exitCode(), 1);
-    QCOMPARE(third->readAllStandardOutput(), QByteArray());
-    QCOMPARE(stop(*second), 0);
-    QCOMPARE(stop(*first), 0);
-}
-
-void TestKorvaneApp::stopSignalsEndTheSessionLikeClose()
-{
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+    void aThirdCopyLeavesSilently()
+    {
         QTemporaryDir home;
         const QString log = home.filePath(QStringLiteral("KV_f.log"));
-        auto korvaneRun = startKorvane(home.path(), {QStringLiteral("hide")});
-        // The first SMART records mean discovery is over and the disks are known.
+        auto first = startKorvane(home.path());
+        QVERIFY(waitForText(log, "Session started"));
+        // The program counts itself: a second copy may start.
+        auto second = startKorvane(home.path());
+        QVERIFY(!second->waitForFinished(1500));
+        auto third = startKorvane(home.path());
+        QVERIFY(third->waitForFinished(15000));
+        QCOMPARE(third->exitCode(), 1);
+        QCOMPARE(third->readAllStandardOutput(), QByteArray());
+        QCOMPARE(stop(*second), 0);
+        QCOMPARE(stop(*first), 0);
+    }
+
+    void stopSignalsEndTheSessionLikeClose()
+    {
+        for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+            QTemporaryDir home;
+            const QString log = home.filePath(QStringLiteral("KV_f.log"));
+            auto korvaneRun = startKorvane(home.path(), {QStringLiteral("hide")});
+            // The first SMART records mean discovery is over and the disks are known.
+            QVERIFY(waitForText(log, "]![SMART]!["));
+            QCOMPARE(stop(*korvaneRun, signal), 0);
+            const QList<QByteArray> records = TestFiles::read(log).trimmed().split('\n');
+            QVERIFY2(records.last().endsWith("INFO]![Session finished"), records.last().constData());
+            // The settings were saved with one line per disk.
+            QVERIFY(TestFiles::read(home.filePath(QStringLiteral("Korvane.ini"))).contains("disk[HX7K2A9F31042]="));
+        }
+    }
+
+    void detailedLogGoesToTheWorkingDirectory()
+    {
+        QTemporaryDir home;
+        QTemporaryDir elsewhere;
+        const QString trace = elsewhere.filePath(QStringLiteral("KVdet.log"));
+        TestFiles::write(trace, "left from an earlier run\n");
+        auto korvaneRun = startKorvane(home.path(), {QStringLiteral("-detlog")}, elsewhere.path());
+        QVERIFY(waitForText(trace, "End initSystem"));
+        QCOMPARE(stop(*korvaneRun), 0);
+        const QList<QByteArray> lines = TestFiles::read(trace).trimmed().split('\n');
+        const QList<QByteArray> expected = {"Start app", "Before initSystem", "Before getDevice_Info",
+                                            "Before getSMART_Info", "get_device_coplette", "End initSystem"};
+        QCOMPARE(lines.size(), expected.size()); // started afresh
+        for (int i = 0; i < expected.size(); ++i) {
+            QVERIFY2(lines.at(i).endsWith("    " + expected.at(i)), lines.at(i).constData());
+            QVERIFY(QDateTime::fromString(QString::fromLatin1(lines.at(i).left(19)).replace(QLatin1Char(' '), QLatin1Char('T')),
+                                          Qt::ISODate).isValid());
+        }
+    }
+
+    void aHiddenStartKeepsItsFilesWhereAutostartPoints()
+    {
+        QTemporaryDir config;
+        QTemporaryDir install;
+        const QString folder = install.filePath(QStringLiteral("my tools"));
+        QVERIFY(QDir().mkpath(folder));
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(config.path()));
+        QCOMPARE(Autostart::setAutostart(true, folder + QStringLiteral("/Korvane")), int(Autostart::Done));
+        auto korvaneRun = startKorvane(QString(), {QStringLiteral("hide")}, {}, config.path());
+        const QString log = folder + QStringLiteral("/KV_f.log");
         QVERIFY(waitForText(log, "]![SMART]!["));
-        QCOMPARE(stop(*korvaneRun, signal), 0);
-        const QList<QByteArray> records = TestFiles::read(log).trimmed().split('\n');
-        QVERIFY2(records.last().endsWith("INFO]![Session finished"), records.last().constData());
-        // The settings were saved with one line per disk.
-        QVERIFY(TestFiles::read(home.filePath(QStringLiteral("Korvane.ini"))).contains("disk[HX7K2A9F31042]="));
+        QCOMPARE(stop(*korvaneRun), 0);
+        QVERIFY(TestFiles::read(log).trimmed().endsWith("INFO]![Session finished"));
+        QVERIFY(TestFiles::read(folder + QStringLiteral("/Korvane.ini")).contains("disk[HX7K2A9F31042]="));
     }
-}
-
-void TestKorvaneApp::detailedLogGoesToTheWorkingDirectory()
-{
-    QTemporaryDir home;
-    QTemporaryDir elsewhere;
-    const QString trace = elsewhere.filePath(QStringLiteral("KVdet.log"));
-    TestFiles::write(trace, "left from an earlier run\n");
-    auto korvaneRun = startKorvane(home.path(), {QStringLiteral("-detlog")}, elsewhere.path());
-    QVERIFY(waitForText(trace, "End initSystem"));
-    QCOMPARE(stop(*korvaneRun), 0);
-    const QList<QByteArray> lines = TestFiles::read(trace).trimmed().split('\n');
-    const QList<QByteArray> expected = {"Start app", "Before initSystem", "Before getDevice_Info",
-                                        "Before getSMART_Info", "get_device_coplette", "End initSystem"};
-    QCOMPARE(lines.size(), expected.size()); // started afresh
-    for (int i = 0; i < expected.size(); ++i) {
-        QVERIFY2(lines.at(i).endsWith("    " + expected.at(i)), lines.at(i).constData());
-        QVERIFY(QDateTime::fromString(QString::fromLatin1(lines.at(i).left(19)).replace(QLatin1Char(' '), QLatin1Char('T')),
-                                      Qt::ISODate).isValid());
-    }
-}
-
-void TestKorvaneApp::aHiddenStartKeepsItsFilesWhereAutostartPoints()
-{
-    QTemporaryDir config;
-    QTemporaryDir install;
-    const QString folder = install.filePath(QStringLiteral("my tools"));
-    QVERIFY(QDir().mkpath(folder));
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(config.path()));
-    QCOMPARE(Autostart::setAutostart(true, folder + QStringLiteral("/Korvane")), int(Autostart::Done));
-    auto korvaneRun = startKorvane(QString(), {QStringLiteral("hide")}, {}, config.path());
-    const QString log = folder + QStringLiteral("/KV_f.log");
-    QVERIFY(waitForText(log, "]![SMART]!["));
-    QCOMPARE(stop(*korvaneRun), 0);
-    QVERIFY(TestFiles::read(log).trimmed().endsWith("INFO]![Session finished"));
-    QVERIFY(TestFiles::read(folder + QStringLiteral("/Korvane.ini")).contains("disk[HX7K2A9F31042]="));
-}
+};
 
 QTEST_GUILESS_MAIN(TestKorvaneApp)
 #include "tst_korvaneapp.moc"

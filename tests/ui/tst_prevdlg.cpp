@@ -133,157 +133,147 @@ private slots:
         m_window.reset();
     }
 
-    void fieldsCarryEverySetting();
-    void okPutsEverythingInForceAtOnce();
-    void refusedValuesKeepTheDialogOpen();
-    void failedAutostartIsSaidAndNotRemembered();
-    void nothingOpensWhileDisksAreSought();
-};
+    // Every saved value goes into its field and comes out of it unchanged.
+    void fieldsCarryEverySetting()
+    {
+        AppSettings settings = appSettings();
+        QList<DiskSettings> unused;
+        SettingsFile::parse("poll_time=30\npoll_period=0\ntime_check_space=2\nperiod_check_space=2\nshow_temp=1\n"
+                            "temp_celsius=0\ndisk_temp_show=1\nStyleType=0\ncolor_N=5\ncolor_W=13\ncolor_C=3\n"
+                            "SMTP_from=box@example.org\nSMTP_to=admin@example.org\nSMTP_server=smtp.example.org\n"
+                            "SMTP_port=587\nSMTP_user=box\nSMTP_pass=p=ss word\nSMTP_auth=1\npop_notif_enable=0\n"
+                            "eml_notif_enable=1\nstartup=1\nwarn_temp=45\ncrit_temp=60\n"
+                            "extWarnTask=/usr/local/bin/warn.sh\nextCritTask=/usr/local/bin/crit.sh\n",
+                            settings, unused);
+        settings.LanguageType = LanguageTable::German;
+        DiskRecord disk;
+        disk.model = QStringLiteral("Model A");
+        Prev_dlg dialog(settings, {disk, disk}, [](const AppSettings &) { return PreferencesOutcome{}; });
+        QCOMPARE(SettingsFile::render(dialog.values(), {}), SettingsFile::render(settings, {}));
+        QVERIFY(field<QLineEdit>(dialog, "SMTP_user")->isEnabled());
 
-// Every saved value goes into its field and comes out of it unchanged.
-void TestPrevDlg::fieldsCarryEverySetting()
-{
-    AppSettings settings = appSettings();
-    QList<DiskSettings> unused;
-    SettingsFile::parse("poll_time=30\npoll_period=0\ntime_check_space=2\nperiod_check_space=2\nshow_temp=1\n"
-                        "temp_celsius=0\ndisk_temp_show=1\nStyleType=0\ncolor_N=5\ncolor_W=13\ncolor_C=3\n"
-                        "SMTP_from=box@example.org\nSMTP_to=admin@example.org\nSMTP_server=smtp.example.org\n"
-                        "SMTP_port=587\nSMTP_user=box\nSMTP_pass=p=ss word\nSMTP_auth=1\npop_notif_enable=0\n"
-                        "eml_notif_enable=1\nstartup=1\nwarn_temp=45\ncrit_temp=60\n"
-                        "extWarnTask=/usr/local/bin/warn.sh\nextCritTask=/usr/local/bin/crit.sh\n",
-                        settings, unused);
-    settings.LanguageType = LanguageTable::German;
-    DiskRecord disk;
-    disk.model = QStringLiteral("Model A");
-    Prev_dlg dialog(settings, {disk, disk}, [](const AppSettings &) { return PreferencesOutcome{}; });
-    QCOMPARE(SettingsFile::render(dialog.values(), {}), SettingsFile::render(settings, {}));
-    QVERIFY(field<QLineEdit>(dialog, "SMTP_user")->isEnabled());
+        // A remembered tray disk that is not here now stays chosen, and a colour the list lacks stays too.
+        settings.disk_temp_show = 7;
+        settings.color_N = 16;
+        Prev_dlg absent(settings, {disk}, [](const AppSettings &) { return PreferencesOutcome{}; });
+        QCOMPARE(field<QComboBox>(absent, "disk_temp_show")->currentText(), QStringLiteral("Disk 7 (not present)"));
+        QCOMPARE(absent.values().disk_temp_show, 7);
+        QCOMPARE(absent.values().color_N, 16);
 
-    // A remembered tray disk that is not here now stays chosen, and a colour the list lacks stays too.
-    settings.disk_temp_show = 7;
-    settings.color_N = 16;
-    Prev_dlg absent(settings, {disk}, [](const AppSettings &) { return PreferencesOutcome{}; });
-    QCOMPARE(field<QComboBox>(absent, "disk_temp_show")->currentText(), QStringLiteral("Disk 7 (not present)"));
-    QCOMPARE(absent.values().disk_temp_show, 7);
-    QCOMPARE(absent.values().color_N, 16);
+        // The preview shows the tray at each level in the chosen unit and colours.
+        field<QComboBox>(absent, "temp_celsius")->setCurrentIndex(1);
+        field<QComboBox>(absent, "color_W")->setCurrentIndex(6);
+        const QList<TrayColourPreview::Sample> samples = absent.findChild<TrayColourPreview *>()->samples();
+        QCOMPARE(samples.size(), 3);
+        QCOMPARE(samples.at(1).digits, QStringLiteral("113")); // 45 °C
+        QCOMPARE(samples.at(1).colour, QColor(Qt::blue));
+        QCOMPARE(samples.at(2).digits, QStringLiteral("140")); // 60 °C
+    }
 
-    // The preview shows the tray at each level in the chosen unit and colours.
-    field<QComboBox>(absent, "temp_celsius")->setCurrentIndex(1);
-    field<QComboBox>(absent, "color_W")->setCurrentIndex(6);
-    const QList<TrayColourPreview::Sample> samples = absent.findChild<TrayColourPreview *>()->samples();
-    QCOMPARE(samples.size(), 3);
-    QCOMPARE(samples.at(1).digits, QStringLiteral("113")); // 45 °C
-    QCOMPARE(samples.at(1).colour, QColor(Qt::blue));
-    QCOMPARE(samples.at(2).digits, QStringLiteral("140")); // 60 °C
-}
+    void okPutsEverythingInForceAtOnce()
+    {
+        MainWindow &window = openOn({TestEnv::demoDir()});
+        QVERIFY(discovered(window));
+        withPreferences(window, [](Prev_dlg &dialog) {
+            field<QSpinBox>(dialog, "poll_time")->setValue(2);
+            field<QComboBox>(dialog, "poll_period")->setCurrentIndex(0);
+            field<QSpinBox>(dialog, "warn_temp")->setValue(50);
+            field<QSpinBox>(dialog, "crit_temp")->setValue(65);
+            field<QCheckBox>(dialog, "show_temp")->setChecked(true);
+            field<QComboBox>(dialog, "disk_temp_show")->setCurrentIndex(1);
+            field<QComboBox>(dialog, "color_W")->setCurrentIndex(13);
+            field<QLineEdit>(dialog, "extWarnTask")->setText(QStringLiteral("/usr/local/bin/warn.sh"));
+            field<QCheckBox>(dialog, "startup")->setChecked(true);
+            field<QComboBox>(dialog, "LanguageType")->setCurrentIndex(LanguageTable::Russian);
+            press(dialog, QDialogButtonBox::Ok);
+            QVERIFY(!dialog.isVisible());
+        });
+        // Saved whole, with the disks' lines, and holding what the user changed.
+        QCOMPARE(TestFiles::read(SettingsStore::instance().settingsFilePath()),
+                 SettingsFile::render(appSettings(), window.monitor()->disks()));
+        const AppSettings &s = appSettings();
+        QCOMPARE(QList({s.warn_temp, s.crit_temp, s.color_W, s.disk_temp_show}), QList({50, 65, 13, 1}));
+        QCOMPARE(s.extWarnTask, QStringLiteral("/usr/local/bin/warn.sh"));
+        // In force: the poll timer, the start at logon, the texts, the tray.
+        QCOMPARE(window.monitor()->smartIntervalMs(), 2000);
+        QVERIFY(TestFiles::read(Autostart::entryPath()).contains("hide"));
+        QCOMPARE(window.findChild<QTabWidget *>()->tabText(0), LanguageTable::text(Lang::DiskInfoPage));
+        QCOMPARE(languageText(Lang::LanguageName), QString::fromUtf8("Русский"));
+        // The tray draws disk 1's temperature now, in the colour of its level.
+        const TrayIconPlan plan = TrayIconPlan::decide(window.monitor()->disks(), appSettings(), HealthOk, QString());
+        QVERIFY(plan.temperatureMode);
+        QCOMPARE(window.tray()->icon().pixmap(16, 16).toImage(),
+                 TrayIconPainter::temperature(plan.digits, plan.colour).toImage());
+    }
 
-void TestPrevDlg::okPutsEverythingInForceAtOnce()
-{
-    MainWindow &window = openOn({TestEnv::demoDir()});
-    QVERIFY(discovered(window));
-    withPreferences(window, [](Prev_dlg &dialog) {
-        field<QSpinBox>(dialog, "poll_time")->setValue(2);
-        field<QComboBox>(dialog, "poll_period")->setCurrentIndex(0);
-        field<QSpinBox>(dialog, "warn_temp")->setValue(50);
-        field<QSpinBox>(dialog, "crit_temp")->setValue(65);
-        field<QCheckBox>(dialog, "show_temp")->setChecked(true);
-        field<QComboBox>(dialog, "disk_temp_show")->setCurrentIndex(1);
-        field<QComboBox>(dialog, "color_W")->setCurrentIndex(13);
-        field<QLineEdit>(dialog, "extWarnTask")->setText(QStringLiteral("/usr/local/bin/warn.sh"));
-        field<QCheckBox>(dialog, "startup")->setChecked(true);
-        field<QComboBox>(dialog, "LanguageType")->setCurrentIndex(LanguageTable::Russian);
-        press(dialog, QDialogButtonBox::Ok);
-        QVERIFY(!dialog.isVisible());
-    });
-    // Saved whole, with the disks' lines.
-    const QByteArray saved = TestFiles::read(SettingsStore::instance().settingsFilePath());
-    QCOMPARE(saved, SettingsFile::render(appSettings(), window.monitor()->disks()));
-    for (const char *line : {"poll_time=2\r\n", "poll_period=0\r\n", "warn_temp=50\r\n", "crit_temp=65\r\n",
-                             "show_temp=1\r\n", "disk_temp_show=1\r\n", "color_W=13\r\n", "startup=1\r\n",
-                             "LanguageType=1\r\n", "extWarnTask=/usr/local/bin/warn.sh\r\n"})
-        QVERIFY2(saved.contains(line), line);
-    // In force: the poll timer, the start at logon, the texts, the tray.
-    QCOMPARE(window.monitor()->smartIntervalMs(), 2000);
-    QVERIFY(TestFiles::read(Autostart::entryPath()).contains("hide"));
-    QCOMPARE(window.findChild<QTabWidget *>()->tabText(0), LanguageTable::text(Lang::DiskInfoPage));
-    QCOMPARE(languageText(Lang::LanguageName), QString::fromUtf8("Русский"));
-    // The tray draws disk 1's temperature now, in the colour of its level.
-    const TrayIconPlan plan = TrayIconPlan::decide(window.monitor()->disks(), appSettings(), HealthOk, QString());
-    QVERIFY(plan.temperatureMode);
-    QCOMPARE(window.tray()->icon().pixmap(16, 16).toImage(),
-             TrayIconPainter::temperature(plan.digits, plan.colour).toImage());
-}
+    void refusedValuesKeepTheDialogOpen()
+    {
+        MainWindow &window = openOn({TestEnv::demoDir()});
+        QVERIFY(discovered(window));
+        BoxAnswerer boxes;
+        withPreferences(window, [&](Prev_dlg &dialog) {
+            // The joint rule of the limits is shown as soon as the pair breaks it.
+            QLabel *rule = nullptr;
+            for (QLabel *label : dialog.findChildren<QLabel *>())
+                if (label->text() == languageText(Lang::TemperatureRule))
+                    rule = label;
+            QVERIFY(rule);
+            QVERIFY(rule->isHidden());
+            field<QSpinBox>(dialog, "crit_temp")->setValue(55);
+            QVERIFY(!rule->isHidden());
+            press(dialog, QDialogButtonBox::Ok);
+            QVERIFY(dialog.isVisible());
+            QCOMPARE(boxes.texts, QStringList{languageText(Lang::TemperatureRule)});
 
-void TestPrevDlg::refusedValuesKeepTheDialogOpen()
-{
-    MainWindow &window = openOn({TestEnv::demoDir()});
-    QVERIFY(discovered(window));
-    BoxAnswerer boxes;
-    withPreferences(window, [&](Prev_dlg &dialog) {
-        // The joint rule of the limits is shown as soon as the pair breaks it.
-        QLabel *rule = nullptr;
-        for (QLabel *label : dialog.findChildren<QLabel *>())
-            if (label->text() == languageText(Lang::TemperatureRule))
-                rule = label;
-        QVERIFY(rule);
-        QVERIFY(rule->isHidden());
-        field<QSpinBox>(dialog, "crit_temp")->setValue(55);
-        QVERIFY(!rule->isHidden());
-        press(dialog, QDialogButtonBox::Ok);
-        QVERIFY(dialog.isVisible());
-        QCOMPARE(boxes.texts, QStringList{languageText(Lang::TemperatureRule)});
+            // A text the file cannot carry: the user is taken to it.
+            field<QSpinBox>(dialog, "crit_temp")->setValue(70);
+            field<QLineEdit>(dialog, "SMTP_pass")->setText(QStringLiteral("gr\u00fcn"));
+            press(dialog, QDialogButtonBox::Apply);
+            QCOMPARE(boxes.texts.size(), 2);
+            QVERIFY2(boxes.texts.last().contains(QStringLiteral("\"Password\"")), qPrintable(boxes.texts.last()));
+            QCOMPARE(dialog.findChild<QListWidget *>()->currentRow(), 2);
+        });
+        QVERIFY(!QFile::exists(SettingsStore::instance().settingsFilePath()));
+        QCOMPARE(appSettings().crit_temp, 70);
+    }
 
-        // A text the file cannot carry: the user is taken to it.
-        field<QSpinBox>(dialog, "crit_temp")->setValue(70);
-        field<QLineEdit>(dialog, "SMTP_pass")->setText(QStringLiteral("gr\u00fcn"));
-        press(dialog, QDialogButtonBox::Apply);
-        QCOMPARE(boxes.texts.size(), 2);
-        QVERIFY2(boxes.texts.last().contains(QStringLiteral("\"Password\"")), qPrintable(boxes.texts.last()));
-        QCOMPARE(dialog.findChild<QListWidget *>()->currentRow(), 2);
-    });
-    QVERIFY(!QFile::exists(SettingsStore::instance().settingsFilePath()));
-    QCOMPARE(appSettings().crit_temp, 70);
-}
+    void failedAutostartIsSaidAndNotRemembered()
+    {
+        // The autostart folder cannot be made where a file stands.
+        QVERIFY(TestFiles::write(m_config->filePath(QStringLiteral("autostart")), "not a folder"));
+        MainWindow &window = openOn({TestEnv::demoDir()});
+        QVERIFY(discovered(window));
+        BoxAnswerer boxes;
+        withPreferences(window, [&](Prev_dlg &dialog) {
+            field<QCheckBox>(dialog, "startup")->setChecked(true);
+            press(dialog, QDialogButtonBox::Apply);
+            QVERIFY(!field<QCheckBox>(dialog, "startup")->isChecked());
+        });
+        QCOMPARE(boxes.texts.size(), 1);
+        QVERIFY2(boxes.texts.first().contains(QStringLiteral("cannot be created or opened")), qPrintable(boxes.texts.first()));
+        QVERIFY(TestFiles::read(SettingsStore::instance().settingsFilePath()).contains("startup=0\r\n"));
+    }
 
-void TestPrevDlg::failedAutostartIsSaidAndNotRemembered()
-{
-    // The autostart folder cannot be made where a file stands.
-    QVERIFY(TestFiles::write(m_config->filePath(QStringLiteral("autostart")), "not a folder"));
-    MainWindow &window = openOn({TestEnv::demoDir()});
-    QVERIFY(discovered(window));
-    BoxAnswerer boxes;
-    withPreferences(window, [&](Prev_dlg &dialog) {
-        field<QCheckBox>(dialog, "startup")->setChecked(true);
-        field<QSpinBox>(dialog, "poll_time")->setValue(3);
-        press(dialog, QDialogButtonBox::Apply);
-        QVERIFY(!field<QCheckBox>(dialog, "startup")->isChecked());
-    });
-    QCOMPARE(boxes.texts.size(), 1);
-    QVERIFY2(boxes.texts.first().contains(QStringLiteral("cannot be created or opened")), qPrintable(boxes.texts.first()));
-    const QByteArray saved = TestFiles::read(SettingsStore::instance().settingsFilePath());
-    QVERIFY(saved.contains("startup=0\r\n"));
-    QVERIFY(saved.contains("poll_time=3\r\n"));
-}
-
-void TestPrevDlg::nothingOpensWhileDisksAreSought()
-{
-    // The first read of this disk takes seconds: discovery is still running meanwhile.
-    const QString hanging = m_home->filePath(QStringLiteral("slow.json"));
-    QVERIFY(TestFiles::write(hanging, R"({"size": 1000204886016, "identity": {"model": "Slow Disk"},
+    void nothingOpensWhileDisksAreSought()
+    {
+        // The first read of this disk takes seconds: discovery is still running meanwhile.
+        const QString hanging = m_home->filePath(QStringLiteral("slow.json"));
+        QVERIFY(TestFiles::write(hanging, R"({"size": 1000204886016, "identity": {"model": "Slow Disk"},
                                           "smart": {"attributes": [{"id": 194, "raw": 35}]},
                                           "behaviour": {"hang": {"seconds": 2, "polls": [0]}}})"));
-    MainWindow &window = openOn({hanging});
-    QTRY_VERIFY(window.monitor()->isDiscovering());
-    window.show_Pref_Dlg(); // returns at once: a modal dialog would not
-    QVERIFY(!window.findChild<Prev_dlg *>());
-    QAction *preferences = nullptr;
-    for (QAction *action : window.findChildren<QAction *>())
-        if (action->text() == languageText(Lang::PreferencesTitle))
-            preferences = action;
-    QVERIFY(preferences && !preferences->isEnabled());
-    QVERIFY(discovered(window));
-    QVERIFY(preferences->isEnabled());
-}
+        MainWindow &window = openOn({hanging});
+        QTRY_VERIFY(window.monitor()->isDiscovering());
+        window.show_Pref_Dlg(); // returns at once: a modal dialog would not
+        QVERIFY(!window.findChild<Prev_dlg *>());
+        QAction *preferences = nullptr;
+        for (QAction *action : window.findChildren<QAction *>())
+            if (action->text() == languageText(Lang::PreferencesTitle))
+                preferences = action;
+        QVERIFY(preferences && !preferences->isEnabled());
+        QVERIFY(discovered(window));
+        QVERIFY(preferences->isEnabled());
+    }
+};
 
 QTEST_MAIN(TestPrevDlg)
 #include "tst_prevdlg.moc"
