@@ -2,8 +2,10 @@
 
 #include "device/simulated/SimulatedBackend.h"
 #include "settings/LicenceLayer.h"
+#include "monitor/DiskMonitor.h"
 #include "ui/MainWindow.h"
 
+#include <QSignalSpy>
 #include <QStringList>
 
 #include <memory>
@@ -20,4 +22,11 @@ inline std::unique_ptr<MainWindow> windowOnDisks(const QStringList &paths, const
     window->resize(900, 600);
     window->show();
     return window;
+}
+
+/// Waits for the next evaluation of \a window's monitor; false when none came within \a timeoutMs.
+inline bool nextEvaluation(MainWindow &window, int timeoutMs = 20000)
+{
+    QSignalSpy evaluated(window.monitor(), &DiskMonitor::evaluated);
+    return evaluated.wait(timeoutMs);
 }

@@ -139,11 +139,6 @@ class TestMainWindow : public QObject
             return path ? *path : QDir(folder).filePath(name);
         });
     }
-    bool waitForEvaluation(MainWindow &window, int timeoutMs = 20000)
-    {
-        QSignalSpy evaluated(window.monitor(), &DiskMonitor::evaluated);
-        return evaluated.wait(timeoutMs);
-    }
 
 private slots:
     void initTestCase()
@@ -167,7 +162,7 @@ private slots:
     void showsTheDemoDisks()
     {
         MainWindow &window = openOn({TestEnv::demoDir()});
-        QVERIFY(waitForEvaluation(window));
+        QVERIFY(nextEvaluation(window));
         const QList<DiskRecord> &disks = window.monitor()->disks();
         auto *tree = window.findChild<DiskTree *>();
         QCOMPARE(tree->topLevelItemCount(), disks.size());
@@ -191,7 +186,7 @@ private slots:
         QCOMPARE(list->item(0)->icon().cacheKey(), list->item(1)->icon().cacheKey());
         const qint64 warningIcon = list->item(0)->icon().cacheKey();
         window.update_ALL();
-        QVERIFY(waitForEvaluation(window));
+        QVERIFY(nextEvaluation(window));
         QCOMPARE(list->item(0)->icon().cacheKey(), warningIcon);
 
         // A scan line names its disk; one for a disk that is not there is dropped.
@@ -222,7 +217,7 @@ private slots:
     {
         QTemporaryDir empty;
         MainWindow &window = openOn({empty.path()});
-        QVERIFY(waitForEvaluation(window));
+        QVERIFY(nextEvaluation(window));
         QCOMPARE(window.findChild<DiskTree *>()->topLevelItemCount(), 0);
         QVERIFY(!window.findChild<QTabWidget *>()->isTabEnabled(2));
         QVERIFY(labelTexts(window.findChild<DiskInfoPage *>()).contains(QStringLiteral("<B>No Disks")));
@@ -249,7 +244,7 @@ private slots:
             last = clock.elapsed();
         });
         heartbeat.start(20);
-        QVERIFY(waitForEvaluation(window));
+        QVERIFY(nextEvaluation(window));
         QVERIFY2(longestGap < 1000, qPrintable(QStringLiteral("the window stalled for %1 ms").arg(longestGap)));
         // The healthy disk is shown; the hung one is named in the Events Log.
         QCOMPARE(window.findChild<DiskTree *>()->topLevelItemCount(), 2);
@@ -261,7 +256,7 @@ private slots:
     void closingWithoutTraySavesAndEndsTheSession()
     {
         MainWindow &window = openOn({TestEnv::demoDir()});
-        QVERIFY(waitForEvaluation(window));
+        QVERIFY(nextEvaluation(window));
         QSignalSpy closing(&window, &MainWindow::closeApp);
         // Offscreen there is no tray: the close button must quit, not hide the window for ever.
         QVERIFY(window.close());
@@ -284,7 +279,7 @@ private slots:
                     "behaviour": {"openFails": true}})");
         locked.close();
         MainWindow &window = openOn({TestEnv::demoDir() + QStringLiteral("/01-halvard-system.json"), locked.fileName()});
-        QVERIFY(waitForEvaluation(window));
+        QVERIFY(nextEvaluation(window));
         QCOMPARE(window.findChild<DiskTree *>()->topLevelItemCount(), 1);
         // The readable disk is shown; the Events Log names the other and says what to do, in that order.
         const QStringList lines = window.findChild<EventsLogPage *>()->lines();
@@ -336,7 +331,7 @@ private slots:
     void exportsWriteTheListAndEveryDisk()
     {
         MainWindow &window = openOn({TestEnv::demoDir()});
-        QVERIFY(waitForEvaluation(window));
+        QVERIFY(nextEvaluation(window));
         QTemporaryDir dir;
         QStringList asked;
         window.setSaveFileChooser([&](QWidget *parent, const QString &caption, const QString &name,
@@ -386,7 +381,7 @@ private slots:
         QFETCH(bool, saved);
         QTemporaryDir empty;
         MainWindow &window = openOn({empty.path()});
-        QVERIFY(waitForEvaluation(window));
+        QVERIFY(nextEvaluation(window));
         if (!limited) // else the session's line is there to write
             window.findChild<EventsLogPage *>()->list()->clear();
         QTemporaryDir dir;
@@ -421,7 +416,7 @@ private slots:
     void diskSettingsActionRestsWhileItsFormIsOpen()
     {
         MainWindow &window = openOn({TestEnv::demoDir()});
-        QVERIFY(waitForEvaluation(window));
+        QVERIFY(nextEvaluation(window));
         QAction *action = nullptr;
         for (QAction *candidate : window.findChildren<QAction *>())
             if (candidate->text() == QLatin1String("Disk Settings"))

@@ -91,11 +91,6 @@ class TestPrevDlg : public QObject
         m_window = windowOnDisks(paths, m_licence);
         return *m_window;
     }
-    bool discovered(MainWindow &window)
-    {
-        QSignalSpy evaluated(window.monitor(), &DiskMonitor::evaluated);
-        return evaluated.wait(20000);
-    }
     // Runs \a steps on the preferences dialog the window opens, then returns once it has closed.
     void withPreferences(MainWindow &window, const std::function<void(Prev_dlg &)> &steps)
     {
@@ -173,7 +168,7 @@ private slots:
     void okPutsEverythingInForceAtOnce()
     {
         MainWindow &window = openOn({TestEnv::demoDir()});
-        QVERIFY(discovered(window));
+        QVERIFY(nextEvaluation(window));
         withPreferences(window, [](Prev_dlg &dialog) {
             field<QSpinBox>(dialog, "poll_time")->setValue(2);
             field<QComboBox>(dialog, "poll_period")->setCurrentIndex(0);
@@ -209,7 +204,7 @@ private slots:
     void refusedValuesKeepTheDialogOpen()
     {
         MainWindow &window = openOn({TestEnv::demoDir()});
-        QVERIFY(discovered(window));
+        QVERIFY(nextEvaluation(window));
         BoxAnswerer boxes;
         withPreferences(window, [&](Prev_dlg &dialog) {
             // The joint rule of the limits is shown as soon as the pair breaks it.
@@ -242,7 +237,7 @@ private slots:
         // The autostart folder cannot be made where a file stands.
         QVERIFY(TestFiles::write(m_config->filePath(QStringLiteral("autostart")), "not a folder"));
         MainWindow &window = openOn({TestEnv::demoDir()});
-        QVERIFY(discovered(window));
+        QVERIFY(nextEvaluation(window));
         BoxAnswerer boxes;
         withPreferences(window, [&](Prev_dlg &dialog) {
             field<QCheckBox>(dialog, "startup")->setChecked(true);
@@ -270,7 +265,7 @@ private slots:
             if (action->text() == languageText(Lang::PreferencesTitle))
                 preferences = action;
         QVERIFY(preferences && !preferences->isEnabled());
-        QVERIFY(discovered(window));
+        QVERIFY(nextEvaluation(window));
         QVERIFY(preferences->isEnabled());
     }
 };
