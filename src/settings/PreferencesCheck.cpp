@@ -51,7 +51,8 @@ QString reasonFor(const QString &value)
         if (c.unicode() < 0x20 || c.unicode() > 0x7e)
             return languageText(Lang::ReasonAscii);
     }
-    for (const QString &key : SettingsFile::keyTexts()) {
+    static const QStringList keys = SettingsFile::keyTexts();
+    for (const QString &key : keys) {
         if (value.contains(key))
             return languageText(Lang::ReasonKeyText).arg(key);
     }

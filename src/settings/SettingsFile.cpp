@@ -292,11 +292,8 @@ QList<QPair<QString, QString>> SettingsFile::fieldValues(const AppSettings &sett
 QStringList SettingsFile::keyTexts()
 {
     QStringList keys;
-    for (const KeyRule &rule : keyRules) {
-        const QString key = QString::fromLatin1(rule.key);
-        if (!keys.contains(key))
-            keys << key;
-    }
+    for (const auto &field : fieldValues(AppSettings()))
+        keys << field.first + QLatin1Char('=');
     return keys << QStringLiteral("disk[");
 }
 

@@ -490,7 +490,7 @@ void MainWindow::show_Dev_Dlg()
     // Apply or Cancel alike: nothing of the form is read back.
     dialog.exec();
     m_diskSettingsOpen = false;
-    m_diskSettings->setEnabled(true);
+    updateMonitoringActions();
 }
 
 void MainWindow::show_Pref_Dlg()

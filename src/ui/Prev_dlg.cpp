@@ -260,7 +260,7 @@ QWidget *Prev_dlg::buildNotificationsPage()
     bindText(m_mail, Lang::EmailNotifications);
 
     auto *server = new QGroupBox(page);
-    server->setObjectName(QStringLiteral("mailServer"));
+    m_mailServer = server;
     bindText(server, Lang::MailServerGroup);
     m_from = named(new QLineEdit(server), "SMTP_from");
     m_to = named(new QLineEdit(server), "SMTP_to");
@@ -479,7 +479,7 @@ void Prev_dlg::updateTemperatureHints()
 void Prev_dlg::updateEnabling()
 {
     m_trayDisk->setEnabled(m_showTemp->isChecked());
-    findChild<QGroupBox *>(QStringLiteral("mailServer"))->setEnabled(m_mail->isChecked());
+    m_mailServer->setEnabled(m_mail->isChecked());
     m_user->setEnabled(m_auth->isChecked());
     m_pass->setEnabled(m_auth->isChecked());
     m_languageNote->setVisible(m_language->currentIndex() == 2);

@@ -14,6 +14,7 @@ class QAbstractButton;
 class QCheckBox;
 class QComboBox;
 class QDialogButtonBox;
+class QGroupBox;
 class QGridLayout;
 class QLabel;
 class QLineEdit;
@@ -92,6 +93,7 @@ private:
     TrayColourPreview *m_preview = nullptr;
     QCheckBox *m_popups = nullptr;
     QCheckBox *m_mail = nullptr;
+    QGroupBox *m_mailServer = nullptr;
     QLineEdit *m_from = nullptr;
     QLineEdit *m_to = nullptr;
     QLineEdit *m_server = nullptr;
