@@ -7,7 +7,7 @@
 #include <QFile>
 
 #if defined(Q_OS_LINUX)
-#include "linux/LinuxBackend.h"
+#include "helper/LinuxBackendChoice.h"
 #endif
 
 QStringList simulatePathsFromEnvironment()
@@ -36,7 +36,7 @@ std::unique_ptr<DriveBackend> createDriveBackend(const QStringList &simulatePath
     if (!paths.isEmpty())
         return SimulatedBackend::load(paths, errors);
 #if defined(Q_OS_LINUX)
-    return std::make_unique<LinuxBackend>();
+    return LinuxBackendChoice::create();
 #else
     if (errors)
         errors->append(QStringLiteral("No disk access for this platform in this build; use --simulate."));

@@ -129,11 +129,13 @@ std::vector<std::string> LinuxBackend::accessProblems() const
     return lines;
 }
 
+// File capabilities are not offered as a way out: on a program that loads plugins and reads
+// its environment they let every local user read any disk and any file.
 std::string LinuxBackend::accessAdvice(const std::string &program) const
 {
-    return "Reading SMART data needs root or the capability CAP_SYS_RAWIO, and read-write access to "
-           "the disk device. Run it as root (sudo " + program + "), or grant the program both once: "
-           "sudo setcap cap_sys_rawio,cap_dac_override+ep " + program;
+    return "Reading SMART data needs root, or the disk helper of the korvane package (org.korvane.Helper1), "
+           "which reads the disks for a normal user. Install the package, or run it as root (sudo "
+           + program + ").";
 }
 
 std::vector<std::string> LinuxBackend::unsupportedDisks() const

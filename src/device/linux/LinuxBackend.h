@@ -32,7 +32,7 @@ public:
 
     /// Disks that could not be opened, or whose every ATA command was refused.
     std::vector<std::string> accessProblems() const override;
-    /// Root, or the two capabilities for \a program.
+    /// Installing the disk helper, or root for \a program.
     std::string accessAdvice(const std::string &program) const override;
     /// NVMe, virtio, Xen and SD/eMMC disks the kernel lists, one line each.
     std::vector<std::string> unsupportedDisks() const override;

@@ -1,0 +1,160 @@
+#include "HelperService.h"
+
+#include "HelperRequestPolicy.h"
+#include "PolkitAuthority.h"
+#include "device/helper/HelperProtocol.h"
+
+#include <QDBusConnection>
+
+namespace {
+
+// Enough for a few hung disks without starving the others.
+constexpr int kDiskThreads = 8;
+
+QString fromBytes(const std::string &text)
+{
+    return QString::fromUtf8(text.data(), qsizetype(text.size()));
+}
+
+QDBusMessage errorReply(const QDBusMessage &call, const char *name, const QString &text)
+{
+    return call.createErrorReply(QLatin1String(name), text);
+}
+
+QDBusMessage unknownDisk(const QDBusMessage &call, const QByteArray &disk)
+{
+    return errorReply(call, HelperProtocol::kErrorRefused,
+                      QStringLiteral("%1 is not a disk the helper found").arg(QString::fromUtf8(disk)));
+}
+
+} // namespace
+
+HelperService::HelperService(std::shared_ptr<DriveBackend> backend, PolkitAuthority *authority,
+                             std::chrono::milliseconds idle, QObject *parent)
+    : QObject(parent)
+    , m_backend(std::move(backend))
+    , m_disks(*m_backend)
+    , m_authority(authority)
+{
+    m_pool.setMaxThreadCount(kDiskThreads);
+    m_idle.setSingleShot(true);
+    m_idle.setInterval(idle);
+    connect(&m_idle, &QTimer::timeout, this, [this] {
+        if (m_inFlight == 0)
+            emit this->idle();
+    });
+    m_idle.start();
+}
+
+HelperService::~HelperService()
+{
+    m_pool.waitForDone();
+}
+
+void HelperService::callStarted()
+{
+    ++m_inFlight;
+    m_idle.start();
+}
+
+void HelperService::callEnded()
+{
+    --m_inFlight;
+    m_idle.start();
+}
+
+// Authorisation comes before anything touches a disk, and the work then runs on the pool,
+// which sends the reply itself: QDBusConnection::send is safe from any thread.
+void HelperService::authorised(const QString &action, Work work)
+{
+    const QDBusMessage call = message();
+    QDBusConnection bus = connection();
+    setDelayedReply(true);
+    callStarted();
+    m_authority->check(call.service(), action, [this, call, bus, work](bool allowed, const QString &refusal) mutable {
+        if (!allowed) {
+            bus.send(errorReply(call, HelperProtocol::kErrorNotAuthorized, refusal));
+            callEnded();
+            return;
+        }
+        m_pool.start([this, call, bus, work]() mutable {
+            bus.send(work(call));
+            QMetaObject::invokeMethod(this, &HelperService::callEnded, Qt::QueuedConnection);
+        });
+    });
+}
+
+QList<QVariantMap> HelperService::ListDisks()
+{
+    authorised(QLatin1String(HelperProtocol::kReadAction), [this](const QDBusMessage &call) {
+        QList<QVariantMap> disks;
+        for (const HelperProtocol::Disk &disk : m_disks.refresh())
+            disks.append(HelperProtocol::diskToMap(disk));
+        return call.createReply(QVariant::fromValue(disks));
+    });
+    return {};
+}
+
+QVariantMap HelperService::AtaCommand(const QByteArray &disk, int path, const QByteArray &registers)
+{
+    AtaRegisters requested;
+    if (!HelperProtocol::registersFromBytes(registers, requested)) {
+        sendErrorReply(QLatin1String(HelperProtocol::kErrorRefused), QStringLiteral("the register block must be 8 bytes"));
+        return {};
+    }
+    std::string refusal;
+    const std::optional<AtaExchange> allowed = HelperRequestPolicy::commandExchange(path, requested, refusal);
+    if (!allowed) {
+        sendErrorReply(QLatin1String(HelperProtocol::kErrorRefused), fromBytes(refusal));
+        return {};
+    }
+    authorised(QLatin1String(HelperProtocol::kReadAction), [this, disk, path, exchange = *allowed](const QDBusMessage &call) mutable {
+        const auto found = m_disks.find(disk.toStdString());
+        if (!found)
+            return unknownDisk(call, disk);
+        const DiskHandle handle = m_backend->openDisk(found->path);
+        if (handle == kNoHandle)
+            return errorReply(call, HelperProtocol::kErrorFailed, QStringLiteral("%1 cannot be opened").arg(QString::fromUtf8(disk)));
+        const bool answered = m_backend->ataCommand(handle, path, found->probe, exchange);
+        m_backend->closeDisk(handle);
+        return call.createReply(HelperProtocol::exchangeToMap(exchange, answered));
+    });
+    return {};
+}
+
+QByteArray HelperService::ReadSectors(const QByteArray &disk, qulonglong offset, uint length)
+{
+    authorised(QLatin1String(HelperProtocol::kScanAction), [this, disk, offset, length](const QDBusMessage &call) {
+        const auto found = m_disks.find(disk.toStdString());
+        if (!found)
+            return unknownDisk(call, disk);
+        std::string refusal;
+        if (!HelperRequestPolicy::readAllowed(offset, length, found->length, refusal))
+            return errorReply(call, HelperProtocol::kErrorRefused, fromBytes(refusal));
+        const DiskHandle handle = m_backend->openForRead(found->path, false);
+        if (handle == kNoHandle)
+            return errorReply(call, HelperProtocol::kErrorFailed, QStringLiteral("%1 cannot be opened").arg(QString::fromUtf8(disk)));
+        QByteArray data(qsizetype(length), '\0');
+        const std::int64_t got = m_backend->readAt(handle, offset, reinterpret_cast<std::uint8_t *>(data.data()), length);
+        m_backend->closeDisk(handle);
+        if (got < 0)
+            return errorReply(call, HelperProtocol::kErrorFailed, QStringLiteral("read error at byte %1").arg(offset));
+        data.truncate(qsizetype(got));
+        return call.createReply(data);
+    });
+    return {};
+}
+
+QList<QVariantMap> HelperService::Volumes(QList<QVariantMap> &)
+{
+    authorised(QLatin1String(HelperProtocol::kReadAction), [this](const QDBusMessage &call) {
+        QList<QVariantMap> volumes;
+        for (const HelperProtocol::Volume &volume : m_disks.volumes())
+            volumes.append(HelperProtocol::volumeToMap(volume));
+        QList<QVariantMap> mounts;
+        for (const MountPoint &mount : m_backend->mountPoints())
+            mounts.append(HelperProtocol::mountToMap(mount));
+        return call.createReply({QVariant::fromValue(volumes), QVariant::fromValue(mounts)});
+    });
+    return {};
+}
