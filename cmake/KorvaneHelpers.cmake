@@ -56,5 +56,6 @@ function(korvane_print_manual target)
         VERBATIM)
     add_custom_target(${target}_manual DEPENDS ${pdf})
     add_dependencies(${target} ${target}_manual)
-    install(FILES ${pdf} TYPE BIN)
+    # Installed with the other documentation, where HelpManual looks when it is not beside the program.
+    install(FILES ${pdf} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/korvane)
 endfunction()

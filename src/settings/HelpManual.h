@@ -8,7 +8,7 @@
 /// shows the text; it decides nothing itself.
 namespace HelpManual {
 
-/// File name of the manual, in the executable's folder.
+/// File name of the manual, in the executable's folder (or, installed, in share/doc/korvane beside bin).
 inline constexpr const char *FileName = "Korvane.pdf";
 
 /// What the Help action does for one executable folder.

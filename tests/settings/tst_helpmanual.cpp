@@ -46,6 +46,19 @@ private slots:
                                        .arg(QDir::toNativeSeparators(manual)));
         }
     }
+
+    // Installed under a prefix, the manual lives in share/doc/korvane; one beside the program wins.
+    void anInstalledManualIsFound()
+    {
+        QTemporaryDir prefix;
+        const QString bin = prefix.filePath(QStringLiteral("bin"));
+        const QString installed = prefix.filePath(QStringLiteral("share/doc/korvane/Korvane.pdf"));
+        QVERIFY(QDir().mkpath(bin) && QDir().mkpath(prefix.filePath(QStringLiteral("share/doc/korvane"))));
+        QVERIFY(QFile(installed).open(QIODevice::WriteOnly));
+        QCOMPARE(HelpManual::decide(bin).url.toLocalFile(), installed);
+        QVERIFY(QFile(bin + QStringLiteral("/Korvane.pdf")).open(QIODevice::WriteOnly));
+        QCOMPARE(HelpManual::decide(bin).url.toLocalFile(), bin + QStringLiteral("/Korvane.pdf"));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestHelpManual)
