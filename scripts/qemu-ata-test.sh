@@ -40,6 +40,7 @@ done
 korvanectl=$(cd "$(dirname "$korvanectl")" && pwd)/$(basename "$korvanectl")
 
 say() { printf 'qemu-ata-test: %s\n' "$*"; }
+. "$KORVANE_ROOT/scripts/lib/qemu.sh"
 skip() { say "SKIPPED: $*"; exit $SKIP; }
 is_root() { [ "$(id -u)" -eq 0 ]; }
 
@@ -71,23 +72,7 @@ mkdir -p "$work"
 work=$(cd "$work" && pwd)
 
 # ---- kernel: Debian's generic image (the cloud image has no AHCI driver) -------------------
-kernel_dir="$work/kernel"
-if ! ls "$kernel_dir"/boot/vmlinuz-* >/dev/null 2>&1; then
-    kpkg=$(apt-cache depends linux-image-amd64 2>/dev/null | awk '/Depends: linux-image-[0-9]/{print $2; exit}' || true)
-    if [ -z "$kpkg" ] && is_root; then
-        apt-get update -qq >/dev/null 2>&1 || true
-        kpkg=$(apt-cache depends linux-image-amd64 2>/dev/null | awk '/Depends: linux-image-[0-9]/{print $2; exit}' || true)
-    fi
-    [ -n "$kpkg" ] || skip "apt does not know linux-image-amd64 (run apt-get update as root)"
-    say "fetching $kpkg"
-    rm -rf "$work/deb" "$kernel_dir" && mkdir -p "$work/deb"
-    (cd "$work/deb" && apt-get download "$kpkg" >/dev/null 2>&1) || skip "could not download $kpkg"
-    dpkg-deb -x "$work"/deb/"$kpkg"_*.deb "$kernel_dir"
-    rm -rf "$work/deb"
-fi
-vmlinuz=$(ls "$kernel_dir"/boot/vmlinuz-* | head -1)
-kver=${vmlinuz##*/vmlinuz-}
-[ -r "$vmlinuz" ] || skip "cannot read $vmlinuz (run once as root)"
+qemu_fetch_kernel
 
 # ---- initramfs ---------------------------------------------------------------------------
 root="$work/root"
@@ -112,28 +97,9 @@ add_program "$korvanectl" /usr/bin/korvanectl
 add_program "$(command -v setcap)" /usr/sbin/setcap
 
 # The controllers, the disk driver and ext2 (through ext4, which wants crc32c) are modules
-# in Debian's kernel. The package has no modules.dep: each module's "depends=" line gives
-# the load order.
-moddir="$kernel_dir/lib/modules/$kver"
-declare -A seen=()
-add_module() {
-    local name=$1 file dep
-    [ -n "${seen[$name]:-}" ] && return 0
-    seen[$name]=1
-    file=$(find "$moddir" -name "$(echo "$name" | sed 's/[-_]/[-_]/g').ko*" | head -1)
-    [ -n "$file" ] || return 0 # built into the kernel
-    case $file in
-        *.xz) xz -dc "$file" ;;
-        *.zst) zstd -qdc "$file" ;;
-        *) cat "$file" ;;
-    esac > "$root/mods/$name.ko"
-    for dep in $(tr '\0' '\n' < "$root/mods/$name.ko" | sed -n 's/^depends=//p' | tr ',' ' '); do
-        add_module "$dep"
-    done
-    echo "$name.ko" >> "$root/mods/order"
-}
+# in Debian's kernel.
 : > "$root/mods/order"
-for m in ata_piix ahci sd_mod ext4 crc32c_generic; do add_module "$m"; done
+for m in ata_piix ahci sd_mod ext4 crc32c_generic; do qemu_add_module "$m"; done
 
 # The mount point has a space so that the mount table's escapes (\040) are exercised.
 cat > "$root/init" <<'EOF'

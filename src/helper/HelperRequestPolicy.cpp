@@ -13,33 +13,39 @@ using namespace AtaCommands;
 constexpr std::uint8_t kCheckPowerMode = 0xE5;
 constexpr std::uint64_t kSectorBytes = 512;
 
+// What identifies each command: the command byte, the SMART sub-command in the features
+// register and the SMART key in the cylinder registers. A SMART command with another feature
+// byte (SMART WRITE LOG, EXECUTE OFFLINE) or without the key would be a different command.
 struct AllowedCommand
 {
-    AtaRegisters registers;
+    std::uint8_t features;
+    std::uint8_t cylinderLow;
+    std::uint8_t cylinderHigh;
+    std::uint8_t command;
     bool dataIn;
 };
 
-constexpr AtaRegisters smart(std::uint8_t feature, std::uint8_t count)
-{
-    return AtaRegisters{feature, count, count, kSmartKeyLow, kSmartKeyHigh, 0, kSmart, 0};
-}
-
-// Every register must match, not only the command byte: a SMART command with another feature
-// byte (SMART WRITE LOG, EXECUTE OFFLINE) or without the key would be a different command.
 constexpr std::array<AllowedCommand, 6> kAllowed{{
-    {AtaRegisters{0, 1, 0, 0, 0, 0, kIdentifyDevice, 0}, true},
-    {AtaRegisters{0, 1, 0, 0, 0, 0, kIdentifyPacketDevice, 0}, true},
-    {smart(kSmartReadData, 1), true},
-    {smart(kSmartReadThresholds, 1), true},
-    {smart(kSmartReturnStatus, 0), false},
-    {AtaRegisters{0, 0, 0, 0, 0, 0, kCheckPowerMode, 0}, false},
+    {0, 0, 0, kIdentifyDevice, true},
+    {0, 0, 0, kIdentifyPacketDevice, true},
+    {kSmartReadData, kSmartKeyLow, kSmartKeyHigh, kSmart, true},
+    {kSmartReadThresholds, kSmartKeyLow, kSmartKeyHigh, kSmart, true},
+    {kSmartReturnStatus, kSmartKeyLow, kSmartKeyHigh, kSmart, false},
+    {0, 0, 0, kCheckPowerMode, false},
 }};
 
-bool sameExceptDevice(const AtaRegisters &a, const AtaRegisters &b)
+bool isCommand(const AtaRegisters &r, const AllowedCommand &allowed)
 {
-    return a.features == b.features && a.sectorCount == b.sectorCount && a.sectorNumber == b.sectorNumber
-           && a.cylinderLow == b.cylinderLow && a.cylinderHigh == b.cylinderHigh && a.command == b.command
-           && a.reserved == b.reserved;
+    return r.features == allowed.features && r.cylinderLow == allowed.cylinderLow
+           && r.cylinderHigh == allowed.cylinderHigh && r.command == allowed.command && r.reserved == 0;
+}
+
+// None of these commands takes a count or an address; Korvane sends 0 or 1 in the two
+// registers (the legacy SMART ioctl reads the sector number as its sector count), and nothing
+// larger is let through.
+bool plainCountRegisters(const AtaRegisters &r)
+{
+    return r.sectorCount <= 1 && r.sectorNumber <= 1;
 }
 
 // The device register only selects master or slave (bit 4) over the obsolete always-one bits;
@@ -67,15 +73,17 @@ std::optional<AtaExchange> commandExchange(int path, const AtaRegisters &request
         return std::nullopt;
     }
     for (const AllowedCommand &allowed : kAllowed) {
-        if (!sameExceptDevice(requested, allowed.registers))
+        if (!isCommand(requested, allowed))
             continue;
-        if (!plainDeviceRegister(requested.driveHead)) {
-            refusal = "device register " + hex(requested.driveHead) + " is not allowed";
+        if (!plainDeviceRegister(requested.driveHead) || !plainCountRegisters(requested)) {
+            refusal = "registers " + hex(requested.sectorCount) + " " + hex(requested.sectorNumber) + " "
+                      + hex(requested.driveHead) + " (count, number, device) are not allowed with command "
+                      + hex(requested.command);
             return std::nullopt;
         }
+        // The direction and the length of the transfer are the helper's, never the caller's.
         AtaExchange exchange;
-        exchange.registers = allowed.registers;
-        exchange.registers.driveHead = requested.driveHead;
+        exchange.registers = requested;
         exchange.dataIn = allowed.dataIn;
         return exchange;
     }

@@ -12,8 +12,8 @@ namespace HelperRequestPolicy {
 
 /// The exchange to hand the backend for \a requested over access path \a path: one of IDENTIFY
 /// DEVICE, IDENTIFY PACKET DEVICE, SMART READ DATA, SMART READ THRESHOLDS, SMART RETURN STATUS
-/// and CHECK POWER MODE, register for register as Korvane sends it; nullopt with the reason in
-/// \a refusal for anything else.
+/// and CHECK POWER MODE, with the registers Korvane may send them with; nullopt with the reason
+/// in \a refusal for anything else.
 std::optional<AtaExchange> commandExchange(int path, const AtaRegisters &requested, std::string &refusal);
 
 /// Whether reading \a length bytes at byte \a offset of a disk of \a diskLength bytes is allowed:

@@ -192,7 +192,9 @@ private slots:
         QTest::newRow("SMART WRITE LOG") << disk << 1 << registers(0xD6, 1, 1, 0x4F, 0xC2, 0xA0, 0xB0) << "0xD6";
         QTest::newRow("SMART offline test") << disk << 0 << registers(0xD4, 0, 1, 0x4F, 0xC2, 0, 0xB0) << "0xD4";
         QTest::newRow("SMART READ DATA without the key") << disk << 0 << registers(0xD0, 1, 1, 0, 0, 0, 0xB0) << "0xB0";
-        QTest::newRow("IDENTIFY with an address") << disk << 0 << registers(0, 1, 0, 0, 0, 0x4F, 0xEC) << "device register";
+        QTest::newRow("IDENTIFY with an address") << disk << 0 << registers(0, 1, 0, 0, 0, 0x4F, 0xEC) << "not allowed";
+        QTest::newRow("SMART READ DATA of 255 sectors") << disk << 1 << registers(0xD0, 0xFF, 1, 0x4F, 0xC2, 0, 0xB0)
+                                                        << "not allowed";
         QTest::newRow("access path 3") << disk << 3 << registers(0, 1, 0, 0, 0, 0, 0xEC) << "access path 3";
         QTest::newRow("seven registers") << disk << 0 << registers(0, 1, 0, 0, 0, 0, 0xEC).left(7) << "8 bytes";
         QTest::newRow("a disk not listed") << QByteArray("/dev/sda") << 0 << registers(0, 1, 0, 0, 0, 0, 0xEC)

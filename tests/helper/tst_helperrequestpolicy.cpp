@@ -12,8 +12,11 @@ private slots:
     void theIssuersCommandsPass()
     {
         using namespace AtaCommandIssuer;
+        // The monitor's SMART reads (SMART_thread) leave the sector count at 0.
+        AtaRegisters monitorRead = smartReadData();
+        monitorRead.sectorCount = 0;
         for (const AtaRegisters &r : {identifyDevice(), identifyPacketDevice(), smartReadData(), smartReadThresholds(),
-                                      smartReturnStatus()}) {
+                                      smartReturnStatus(), monitorRead}) {
             for (const std::uint8_t device : {0x00, 0xA0, 0xB0}) {
                 for (const int path : {0, 1, 2}) {
                     AtaRegisters sent = r;
@@ -43,7 +46,7 @@ private slots:
                     QVERIFY(!refusal.empty());
             }
         }
-        QCOMPARE(passed, 2); // SMART READ DATA and READ THRESHOLDS in this register layout
+        QCOMPARE(passed, 3); // SMART READ DATA, READ THRESHOLDS and RETURN STATUS with the SMART key
     }
 
     void readRanges_data()

@@ -57,6 +57,18 @@ class Checker:
         return 1 if self.failures else 0
 
 
+def read_report(c, path):
+    """The sections of the report at path, or None (a failed check) when there is none."""
+    try:
+        with open(path, encoding="utf-8", errors="replace") as f:
+            report = sections(f.read())
+    except OSError as e:
+        c.true(f"no report from the VM: {e}", False)
+        return None
+    c.true(f"the VM report is cut short (no end marker); sections: {sorted(report)}", "end" in report)
+    return report
+
+
 def disks_of(c, report, section):
     try:
         disks = json.loads(report.get(section, "")).get("disks", [])
@@ -133,14 +145,9 @@ def main():
     args = parser.parse_args()
 
     c = Checker(args.machine)
-    try:
-        with open(args.report, encoding="utf-8", errors="replace") as f:
-            report = sections(f.read())
-    except OSError as e:
-        c.true(f"no report from the VM: {e}", False)
+    report = read_report(c, args.report)
+    if report is None:
         return c.finish()
-    if "end" not in report:
-        c.true("the VM report is cut short (no end marker)", False)
 
     try:
         smart = json.loads(report.get("smartctl", ""))
