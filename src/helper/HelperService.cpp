@@ -27,6 +27,12 @@ QDBusMessage unknownDisk(const QDBusMessage &call, const QByteArray &disk)
                       QStringLiteral("%1 is not a disk the helper found").arg(QString::fromUtf8(disk)));
 }
 
+QDBusMessage notOpened(const QDBusMessage &call, const QByteArray &disk)
+{
+    return errorReply(call, HelperProtocol::kErrorFailed,
+                      QStringLiteral("%1 cannot be opened").arg(QString::fromUtf8(disk)));
+}
+
 } // namespace
 
 HelperService::HelperService(std::shared_ptr<DriveBackend> backend, PolkitAuthority *authority,
@@ -71,7 +77,7 @@ void HelperService::authorised(const QString &action, Work work)
     QDBusConnection bus = connection();
     setDelayedReply(true);
     callStarted();
-    m_authority->check(call.service(), action, [this, call, bus, work](bool allowed, const QString &refusal) mutable {
+    m_authority->check(call.service(), action, [this, call, bus, work](bool allowed, const QString &refusal) {
         if (!allowed) {
             bus.send(errorReply(call, HelperProtocol::kErrorNotAuthorized, refusal));
             callEnded();
@@ -99,7 +105,8 @@ QVariantMap HelperService::AtaCommand(const QByteArray &disk, int path, const QB
 {
     AtaRegisters requested;
     if (!HelperProtocol::registersFromBytes(registers, requested)) {
-        sendErrorReply(QLatin1String(HelperProtocol::kErrorRefused), QStringLiteral("the register block must be 8 bytes"));
+        sendErrorReply(QLatin1String(HelperProtocol::kErrorRefused),
+                       QStringLiteral("the register block must be 8 bytes"));
         return {};
     }
     std::string refusal;
@@ -108,17 +115,18 @@ QVariantMap HelperService::AtaCommand(const QByteArray &disk, int path, const QB
         sendErrorReply(QLatin1String(HelperProtocol::kErrorRefused), fromBytes(refusal));
         return {};
     }
-    authorised(QLatin1String(HelperProtocol::kReadAction), [this, disk, path, exchange = *allowed](const QDBusMessage &call) mutable {
+    const auto run = [this, disk, path, exchange = *allowed](const QDBusMessage &call) mutable {
         const auto found = m_disks.find(disk.toStdString());
         if (!found)
             return unknownDisk(call, disk);
         const DiskHandle handle = m_backend->openDisk(found->path);
         if (handle == kNoHandle)
-            return errorReply(call, HelperProtocol::kErrorFailed, QStringLiteral("%1 cannot be opened").arg(QString::fromUtf8(disk)));
+            return notOpened(call, disk);
         const bool answered = m_backend->ataCommand(handle, path, found->probe, exchange);
         m_backend->closeDisk(handle);
         return call.createReply(HelperProtocol::exchangeToMap(exchange, answered));
-    });
+    };
+    authorised(QLatin1String(HelperProtocol::kReadAction), run);
     return {};
 }
 
@@ -133,9 +141,10 @@ QByteArray HelperService::ReadSectors(const QByteArray &disk, qulonglong offset,
             return errorReply(call, HelperProtocol::kErrorRefused, fromBytes(refusal));
         const DiskHandle handle = m_backend->openForRead(found->path, false);
         if (handle == kNoHandle)
-            return errorReply(call, HelperProtocol::kErrorFailed, QStringLiteral("%1 cannot be opened").arg(QString::fromUtf8(disk)));
+            return notOpened(call, disk);
         QByteArray data(qsizetype(length), '\0');
-        const std::int64_t got = m_backend->readAt(handle, offset, reinterpret_cast<std::uint8_t *>(data.data()), length);
+        auto *buffer = reinterpret_cast<std::uint8_t *>(data.data());
+        const std::int64_t got = m_backend->readAt(handle, offset, buffer, length);
         m_backend->closeDisk(handle);
         if (got < 0)
             return errorReply(call, HelperProtocol::kErrorFailed, QStringLiteral("read error at byte %1").arg(offset));

@@ -39,7 +39,8 @@ bool setUp(const QCoreApplication &app, Setup &setup, QString &error)
 {
     QCommandLineParser parser;
     const QCommandLineOption bus(QStringLiteral("bus"), QStringLiteral("Bus address."), QStringLiteral("address"));
-    const QCommandLineOption simulate(QStringLiteral("simulate"), QStringLiteral("Disk files."), QStringLiteral("path"));
+    const QCommandLineOption simulate(QStringLiteral("simulate"), QStringLiteral("Disk files."),
+                                      QStringLiteral("path"));
     const QCommandLineOption idle(QStringLiteral("idle-ms"), QStringLiteral("Idle time."), QStringLiteral("ms"));
     parser.addOptions({bus, simulate, idle});
     parser.process(app);
@@ -84,7 +85,8 @@ int main(int argc, char *argv[])
     HelperService service(setup.backend, &authority, setup.idle);
     if (!setup.bus.registerObject(QLatin1String(HelperProtocol::kObjectPath), &service, QDBusConnection::ExportAllSlots)
         || !setup.bus.registerService(QLatin1String(HelperProtocol::kService))) {
-        err << "korvane-helper: cannot serve " << HelperProtocol::kService << ": " << setup.bus.lastError().message() << '\n';
+        err << "korvane-helper: cannot serve " << HelperProtocol::kService << ": "
+            << setup.bus.lastError().message() << '\n';
         return 1;
     }
     // The name goes first, so that a call made from now on starts a new helper instead of
