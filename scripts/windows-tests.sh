@@ -2,18 +2,25 @@
 # Cross-builds the Windows side of Korvane (the plain C++ pieces over Win32, see windows/) with
 # mingw-w64 and runs its tests under wine:
 #   64-bit in build-windows/, 32-bit in build-windows32/, each with a wine prefix of its own.
-# The 32-bit tests run only where wine can run 32-bit programs (Debian: wine32:i386); otherwise
-# they are built and checked by the compiler only, and the script says so.
+# The 32-bit tests run only where wine can run 32-bit programs (Debian: wine32:i386, which
+# --wine32 installs, adding the i386 architecture); otherwise they are built and checked by the
+# compiler only, and the script says so.
+# --if-possible: when the cross compilers and wine cannot be installed, say so and end with 0
+# (run-tests.sh runs it so).
 # Extra arguments after -- go to ctest (for example -- -R runkey).
 set -euo pipefail
 KORVANE_ROOT=$(cd "$(dirname "$0")/.." && pwd)
 . "$KORVANE_ROOT/scripts/lib/common.sh"
 
 ctest_args=()
+if_possible=0
+with_wine32=0
 while [ $# -gt 0 ]; do
     case "$1" in
+        --if-possible) if_possible=1 ;;
+        --wine32) with_wine32=1 ;;
         --) shift; ctest_args=("$@"); break ;;
-        -h|--help) sed -n '2,7p' "$0"; exit 0 ;;
+        -h|--help) sed -n '2,12p' "$0"; exit 0 ;;
         *) die "unknown option: $1" ;;
     esac
     shift
@@ -42,8 +49,30 @@ wine_runs_32bit() {
     dpkg-query -W -f='${Status}' wine32:i386 2>/dev/null | grep -q 'install ok installed'
 }
 
+# Lets wine run 32-bit programs: Debian's wine32 comes from the i386 architecture.
+install_wine32() {
+    wine_runs_32bit && return 0
+    find_root_access "installing wine32:i386" "dpkg --add-architecture i386 && apt-get update && apt-get install wine32:i386"
+    say "installing wine32:i386"
+    logged "could not add the i386 architecture" "${AS_ROOT[@]}" dpkg --add-architecture i386
+    logged "apt-get update failed" "${AS_ROOT[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update
+    logged "could not install wine32:i386" "${AS_ROOT[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y --no-install-recommends wine32:i386
+}
+
 start_log "$KORVANE_ROOT/build-windows"
-ensure_packages "${KORVANE_WINDOWS_PACKAGES[@]}"
+if [ "$if_possible" = 1 ]; then
+    # In a subshell, so that a failed install ends only the attempt; it has said why.
+    if ! (ensure_packages "${KORVANE_WINDOWS_PACKAGES[@]}"); then
+        say "SKIPPED the Windows tests: the cross compilers and wine could not be installed"
+        exit 0
+    fi
+else
+    ensure_packages "${KORVANE_WINDOWS_PACKAGES[@]}"
+fi
+if [ "$with_wine32" = 1 ] && ! (install_wine32); then
+    say "wine32:i386 could not be installed (see above)"
+fi
 status=0
 cross_build "$KORVANE_ROOT/build-windows" mingw-w64-x86_64.cmake
 run_tests "$KORVANE_ROOT/build-windows" || status=$?
@@ -53,6 +82,7 @@ cross_build "$KORVANE_ROOT/build-windows32" mingw-w64-i686.cmake
 if wine_runs_32bit; then
     run_tests "$KORVANE_ROOT/build-windows32" || status=$?
 else
-    say "wine cannot run 32-bit programs here (no wine32:i386): the 32-bit tests were built, not run"
+    say "SKIPPED the 32-bit tests: wine cannot run 32-bit programs here (no wine32:i386; --wine32 installs it)." \
+        "They were built, not run"
 fi
 exit "$status"
