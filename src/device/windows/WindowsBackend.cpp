@@ -39,8 +39,9 @@ constexpr DWORD kSectorBytes = sizeof(Sector);
 constexpr std::uint8_t kSentinel = 0xCF;
 
 // ATA pass-through: the 40-byte header of the 32-bit ATA_PASS_THROUGH_EX, data at 44, in both
-// builds. A 64-bit driver expects the 48-byte header of its own layout and refuses this one, so a
-// 64-bit build goes on to the SMART interface, which every driver of such a system offers.
+// builds, as the program has always sent it. A 64-bit driver lays the header out for 64-bit
+// callers (48 bytes, the offset and the task files further on); where it refuses this one, or
+// reads it as a command that moves no data, the checks above the seam go on to the SMART interface.
 constexpr std::uint16_t kAtaHeaderLength = 40;
 constexpr DWORD kAtaDataOffset = 44;
 constexpr std::uint16_t kAtaFlagsDataIn = 2;
