@@ -49,15 +49,25 @@ wine_runs_32bit() {
     dpkg-query -W -f='${Status}' wine32:i386 2>/dev/null | grep -q 'install ok installed'
 }
 
-# Lets wine run 32-bit programs: Debian's wine32 comes from the i386 architecture.
+# Lets wine run 32-bit programs: Debian's wine32 comes from the i386 architecture. When it cannot
+# be installed, an architecture added for it goes again: its indexes may be what failed, and
+# would then fail every later apt-get update.
 install_wine32() {
     wine_runs_32bit && return 0
     find_root_access "installing wine32:i386" "dpkg --add-architecture i386 && apt-get update && apt-get install wine32:i386"
+    local added=0
+    dpkg --print-foreign-architectures | grep -qx i386 || added=1
     say "installing wine32:i386"
-    logged "could not add the i386 architecture" "${AS_ROOT[@]}" dpkg --add-architecture i386
-    logged "apt-get update failed" "${AS_ROOT[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update
-    logged "could not install wine32:i386" "${AS_ROOT[@]}" env DEBIAN_FRONTEND=noninteractive \
-        apt-get install -y --no-install-recommends wine32:i386
+    local apt=("${AS_ROOT[@]}" env DEBIAN_FRONTEND=noninteractive apt-get)
+    if "${AS_ROOT[@]}" dpkg --add-architecture i386 && "${apt[@]}" update >>"$KORVANE_LOG" 2>&1 \
+        && "${apt[@]}" install -y --no-install-recommends wine32:i386 >>"$KORVANE_LOG" 2>&1; then
+        return 0
+    fi
+    tail -n 15 "$KORVANE_LOG" | sed 's/^/    /' >&2
+    if [ "$added" = 1 ]; then
+        "${AS_ROOT[@]}" dpkg --remove-architecture i386 && "${apt[@]}" update >>"$KORVANE_LOG" 2>&1 || true
+    fi
+    return 1
 }
 
 start_log "$KORVANE_ROOT/build-windows"
@@ -71,7 +81,7 @@ else
     ensure_packages "${KORVANE_WINDOWS_PACKAGES[@]}"
 fi
 if [ "$with_wine32" = 1 ] && ! (install_wine32); then
-    say "wine32:i386 could not be installed (see above)"
+    say "wine32:i386 could not be installed (the end of the log above)"
 fi
 status=0
 cross_build "$KORVANE_ROOT/build-windows" mingw-w64-x86_64.cmake

@@ -63,6 +63,16 @@ struct FakeDisk
     Sector identify{}, smartData{}, thresholds{};
 };
 
+// The sector a drive answers \a r with, if any.
+const Sector *sectorFor(const FakeDisk &disk, const AtaRegisters &r)
+{
+    if (r.command == 0xEC)
+        return &disk.identify;
+    if (r.command == 0xB0 && r.cylinderLow == 0x4F && r.cylinderHigh == 0xC2)
+        return r.features == 0xD0 ? &disk.smartData : r.features == 0xD1 ? &disk.thresholds : nullptr;
+    return nullptr;
+}
+
 struct FakeVolume
 {
     std::wstring name;
@@ -219,7 +229,6 @@ private:
              DWORD *returned);
     BOOL smart(FakeDisk &disk, DWORD code, const std::uint8_t *in, DWORD inSize, std::uint8_t *out, DWORD outSize,
                DWORD *returned);
-    const Sector *sectorFor(FakeDisk &disk, const AtaRegisters &r) const;
 
     std::size_t m_nextVolume = 0;
     void *m_allocated = nullptr;
@@ -227,14 +236,6 @@ private:
     FakeDisk m_volumeDisk;
 };
 
-const Sector *FakeSystem::sectorFor(FakeDisk &disk, const AtaRegisters &r) const
-{
-    if (r.command == 0xEC)
-        return &disk.identify;
-    if (r.command == 0xB0 && r.cylinderLow == 0x4F && r.cylinderHigh == 0xC2)
-        return r.features == 0xD0 ? &disk.smartData : r.features == 0xD1 ? &disk.thresholds : nullptr;
-    return nullptr;
-}
 
 BOOL FakeSystem::deviceIoControl(HANDLE handle, DWORD code, void *in, DWORD inSize, void *out, DWORD outSize,
                                  DWORD *returned)
@@ -374,95 +375,64 @@ std::shared_ptr<FakeSystem> machineWith(FakeDisk disk)
     return system;
 }
 
-void pathOrder()
+// One command over the issuer: the paths tried in order, the first whose answer holds wins.
+void commands()
 {
+    using namespace AtaCommandIssuer;
+    const Reply A = Reply::Answer, R = Reply::Refuse;
+    const std::vector<DWORD> toSmart = {AtaPassThrough, SmartReceive}, toIde = {AtaPassThrough, SmartReceive, IdePassThrough},
+                             toDescriptor = {AtaPassThrough, SmartReceive, IdePassThrough, QueryProperty};
     struct Row
     {
         const char *name;
         Reply ata, smart, ide;
-        bool descriptorFails;
+        bool descriptorFails, exceeded;
+        AtaRegisters command;
         int path;
         std::vector<DWORD> codes;
     };
     const Row rows[] = {
-        {"pass-through answers", Reply::Answer, Reply::Answer, Reply::Answer, false, 0, {AtaPassThrough}},
-        {"pass-through refused", Reply::Refuse, Reply::Answer, Reply::Answer, false, 1, {AtaPassThrough, SmartReceive}},
-        {"sentinel left", Reply::NothingMoved, Reply::Answer, Reply::Answer, false, 1, {AtaPassThrough, SmartReceive}},
-        {"status error", Reply::StatusError, Reply::Answer, Reply::Answer, false, 1, {AtaPassThrough, SmartReceive}},
-        {"short reply", Reply::ShortData, Reply::Answer, Reply::Answer, false, 1, {AtaPassThrough, SmartReceive}},
-        {"driver error", Reply::Refuse, Reply::DriverError, Reply::Answer, false, 2,
-         {AtaPassThrough, SmartReceive, IdePassThrough}},
-        {"only IDE", Reply::Refuse, Reply::Refuse, Reply::Answer, false, 2,
-         {AtaPassThrough, SmartReceive, IdePassThrough}},
-        {"IDE moved nothing", Reply::Refuse, Reply::Refuse, Reply::NothingMoved, false, 3,
-         {AtaPassThrough, SmartReceive, IdePassThrough, QueryProperty}},
-        {"IDE short", Reply::Refuse, Reply::Refuse, Reply::ShortData, false, 3,
-         {AtaPassThrough, SmartReceive, IdePassThrough, QueryProperty}},
-        {"no path, no descriptor", Reply::Refuse, Reply::Refuse, Reply::StatusError, true, -1,
-         {AtaPassThrough, SmartReceive, IdePassThrough, QueryProperty}},
+        {"pass-through answers", A, A, A, false, false, identifyDevice(), 0, {AtaPassThrough}},
+        {"pass-through refused", R, A, A, false, false, identifyDevice(), 1, toSmart},
+        {"sentinel left", Reply::NothingMoved, A, A, false, false, identifyDevice(), 1, toSmart},
+        {"status error", Reply::StatusError, A, A, false, false, identifyDevice(), 1, toSmart},
+        {"short reply", Reply::ShortData, A, A, false, false, identifyDevice(), 1, toSmart},
+        {"driver error", R, Reply::DriverError, A, false, false, identifyDevice(), 2, toIde},
+        {"only IDE", R, R, A, false, false, identifyDevice(), 2, toIde},
+        {"IDE moved nothing", R, R, Reply::NothingMoved, false, false, identifyDevice(), 3, toDescriptor},
+        {"IDE short", R, R, Reply::ShortData, false, false, identifyDevice(), 3, toDescriptor},
+        {"no path, no descriptor", R, R, Reply::StatusError, true, false, identifyDevice(), -1, toDescriptor},
+        {"read data", R, A, A, false, false, smartReadData(), 1, toSmart},
+        {"read thresholds", R, A, A, false, false, smartReadThresholds(), 1, toSmart},
+        {"return status, fine", R, A, A, false, false, smartReturnStatus(), 1, {AtaPassThrough, SmartSend}},
+        {"return status, exceeded", R, A, A, false, true, smartReturnStatus(), 1, {AtaPassThrough, SmartSend}},
+        {"return status over pass-through", A, A, A, false, true, smartReturnStatus(), 0, {AtaPassThrough}},
+        {"read data over pass-through", A, A, A, false, false, smartReadData(), 0, {AtaPassThrough}},
     };
     for (const Row &row : rows) {
         std::printf("  %s\n", row.name);
         FakeDisk disk;
-        disk.ata = row.ata, disk.smart = row.smart, disk.ide = row.ide, disk.descriptorFails = row.descriptorFails;
+        disk.ata = row.ata, disk.smart = row.smart, disk.ide = row.ide;
+        disk.descriptorFails = row.descriptorFails, disk.exceeded = row.exceeded;
         const auto system = machineWith(disk);
         WindowsBackend backend(system);
         CHECK_EQUAL(backend.openDisk(backend.diskPath(0)), kNoHandle);
         const DiskHandle handle = backend.openDisk(backend.diskPath(1));
-        CHECK(handle != kNoHandle);
-        AtaRegisters registers = AtaCommandIssuer::identifyDevice();
+        AtaRegisters registers = row.command;
         Sector data{};
-        CHECK_EQUAL(AtaCommandIssuer::issue(backend, handle, 1, registers, data), row.path);
+        CHECK_EQUAL(issue(backend, handle, 1, registers, data), row.path);
         CHECK(system->codes == row.codes);
-        if (row.path >= 0 && row.path < 3)
-            CHECK(data == system->disks.begin()->second.identify);
+        const Sector *expected = sectorFor(system->disks.begin()->second, row.command);
+        if (expected && row.path >= 0 && row.path < 3)
+            CHECK(data == *expected);
         if (row.path == 3) // the product and revision from the descriptor, in IDENTIFY's swapped pairs
             CHECK(std::memcmp(data.data() + 54, "TS0200MD00-8F21R", 16) == 0 && std::memcmp(data.data() + 46, "0010", 4) == 0);
-        backend.closeDisk(handle);
-        CHECK_EQUAL(system->openHandles, 0);
-        CHECK_EQUAL(system->allocations, system->frees);
-    }
-}
-
-void smartCommands()
-{
-    struct Row
-    {
-        const char *name;
-        Reply ata;
-        AtaRegisters registers;
-        bool exceeded;
-        int path;
-        DWORD code;
-    };
-    const Row rows[] = {
-        {"read data", Reply::Refuse, AtaCommandIssuer::smartReadData(), false, 1, SmartReceive},
-        {"read thresholds", Reply::Refuse, AtaCommandIssuer::smartReadThresholds(), false, 1, SmartReceive},
-        {"return status, fine", Reply::Refuse, AtaCommandIssuer::smartReturnStatus(), false, 1, SmartSend},
-        {"return status, exceeded", Reply::Refuse, AtaCommandIssuer::smartReturnStatus(), true, 1, SmartSend},
-        {"return status over pass-through", Reply::Answer, AtaCommandIssuer::smartReturnStatus(), true, 0, AtaPassThrough},
-        {"read data over pass-through", Reply::Answer, AtaCommandIssuer::smartReadData(), false, 0, AtaPassThrough},
-    };
-    for (const Row &row : rows) {
-        std::printf("  %s\n", row.name);
-        FakeDisk disk;
-        disk.ata = row.ata, disk.exceeded = row.exceeded;
-        const auto system = machineWith(disk);
-        WindowsBackend backend(system);
-        const DiskHandle handle = backend.openDisk("\\\\.\\PhysicalDrive1");
-        AtaRegisters registers = row.registers;
-        Sector data{};
-        CHECK_EQUAL(AtaCommandIssuer::issue(backend, handle, 1, registers, data), row.path);
-        CHECK_EQUAL(ll(system->codes.back()), ll(row.code));
-        const FakeDisk &answered = system->disks.begin()->second;
-        if (row.registers.features == 0xD0)
-            CHECK(data == answered.smartData);
-        if (row.registers.features == 0xD1)
-            CHECK(data == answered.thresholds);
-        if (row.registers.features == 0xDA) // the drive's verdict comes back in the cylinder pair
+        if (row.command.features == 0xDA) // the drive's verdict comes back in the cylinder pair
             CHECK(registers.cylinderLow == (row.exceeded ? 0xF4 : 0x4F)
                   && registers.cylinderHigh == (row.exceeded ? 0x2C : 0xC2));
         backend.closeDisk(handle);
+        CHECK_EQUAL(system->openHandles, 0);
+        CHECK_EQUAL(system->allocations, system->frees);
     }
 }
 
@@ -561,10 +531,8 @@ void surfaceReads()
 
 int main()
 {
-    std::printf("path order\n");
-    pathOrder();
-    std::printf("SMART commands\n");
-    smartCommands();
+    std::printf("commands\n");
+    commands();
     diskQueries();
     volumes();
     surfaceReads();
