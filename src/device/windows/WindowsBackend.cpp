@@ -44,6 +44,7 @@ constexpr std::uint8_t kSentinel = 0xCF;
 // reads it as a command that moves no data, the checks above the seam go on to the SMART interface.
 constexpr std::uint16_t kAtaHeaderLength = 40;
 constexpr DWORD kAtaDataOffset = 44;
+// Data in, also for a command without data: the program has never sent one that writes.
 constexpr std::uint16_t kAtaFlagsDataIn = 2;
 constexpr DWORD kAtaTimeoutSeconds = 10;
 constexpr int kAtaTaskFile = 32;
@@ -223,7 +224,7 @@ bool WindowsBackend::ataPassThrough(DiskHandle handle, AtaExchange &exchange)
     std::array<std::uint8_t, kAtaDataOffset + kSectorBytes> block{};
     const DWORD length = exchange.dataIn ? kSectorBytes : 0;
     putLe16(block.data(), kAtaHeaderLength);
-    putLe16(block.data() + 2, exchange.dataIn ? kAtaFlagsDataIn : 0);
+    putLe16(block.data() + 2, kAtaFlagsDataIn);
     putLe32(block.data() + 8, length);
     putLe32(block.data() + 12, kAtaTimeoutSeconds);
     putLe32(block.data() + 20, kAtaDataOffset);
