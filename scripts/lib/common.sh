@@ -7,9 +7,10 @@
 # Packages needed to build Korvane and run its programs.
 KORVANE_BUILD_PACKAGES=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-svg-dev qt6-qpa-plugins libblkid-dev fonts-dejavu-core)
 # Peers and tools the test suite uses: skdump and smartctl as oracles, QEMU for
-# the real-kernel test, Xvfb for window tests, pdftotext to read the manual back.
+# the real-kernel test, Xvfb for window tests, pdftotext to read the manual back,
+# a real SMTP server (aiosmtpd) and openssl for throwaway certificates.
 KORVANE_TEST_PACKAGES=(libatasmart-bin smartmontools qemu-system-x86 busybox-static cpio dbus-daemon
-                       python3 libcap2-bin e2fsprogs xvfb xauth poppler-utils)
+                       python3 libcap2-bin e2fsprogs xvfb xauth poppler-utils python3-aiosmtpd openssl)
 
 say() { printf '==> %s\n' "$*"; }
 die() { printf 'error: %s\n' "$*" >&2; exit 1; }

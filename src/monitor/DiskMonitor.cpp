@@ -6,7 +6,7 @@
 #include "device/PowerOnTime.h"
 #include "device/VolumeMapper.h"
 #include "health/EventLogRecord.h"
-#include "health/MailNotifier.h"
+#include "health/SmtpClient.h"
 #include "settings/AppSettings.h"
 #include "settings/LanguageTable.h"
 #include "settings/SettingsStore.h"
@@ -19,7 +19,10 @@ DiskMonitor::DiskMonitor(std::shared_ptr<DriveBackend> backend, QObject *parent)
     : QObject(parent)
     , m_backend(std::move(backend))
     , m_smart(new ATA_Smart(m_backend, m_disks, this))
+    , m_mail(new SmtpClient(this))
 {
+    connect(m_mail, &SmtpClient::failed, this,
+            [this](const EventLine &line) { emit mailFailed(line, QDateTime::currentDateTime()); });
     connect(m_smart, &ATA_Smart::finishedGetDevices, this, [this] {
         trace(QStringLiteral("Before getSMART_Info"));
         m_smart->getSMART_Info();
@@ -208,7 +211,7 @@ void DiskMonitor::checkHealthStatus()
         return;
     const QDateTime now = QDateTime::currentDateTime();
     const HealthEvaluation result = m_evaluator.checkHealthStatus(m_disks, appSettings(), languageTable(), m_mail);
-    if (result.mail && m_mail)
+    if (result.mail)
         m_mail->sendNotification(result.mail->level, result.mail->text);
     emit evaluated(result, m_disks, now);
     // One sample per monitored disk and evaluation, after everyone has seen the result.

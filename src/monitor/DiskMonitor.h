@@ -18,7 +18,7 @@
 #include <optional>
 
 class ATA_Smart;
-class MailNotifier;
+class SmtpClient;
 class QThread;
 
 /// The monitoring cycle, the one implementation both front ends share: it owns the disk
@@ -48,8 +48,8 @@ public:
     /// True from start() until discovery and the first read have finished.
     bool isDiscovering() const { return m_discoveryBusy; }
 
-    /// The e-mail client the evaluation hands its notifications to; none by default.
-    void setMailNotifier(MailNotifier *notifier) { m_mail = notifier; }
+    /// The e-mail client the evaluation hands its notifications to.
+    SmtpClient &mailClient() const { return *m_mail; }
     /// Polls every \a ms milliseconds instead of the settings' interval; 0 goes back to the settings.
     void setSmartIntervalMs(int ms);
     /// The SMART poll interval in force.
@@ -94,6 +94,8 @@ signals:
     /// Something the user should hear about that is not a health event: the event log cannot be
     /// written (or can again), a disk does not answer.
     void notice(const EventLine &line);
+    /// An e-mail notification could not be sent: \a line (mail-error kind) for the Events Log.
+    void mailFailed(const EventLine &line, const QDateTime &when);
     /// The session has ended (the event log has its record).
     void sessionFinished(const QDateTime &when);
 
@@ -124,7 +126,7 @@ private:
     ATA_Smart *m_smart = nullptr;
     HealthEvaluator m_evaluator;
     EventLogWriter m_log;
-    MailNotifier *m_mail = nullptr;
+    SmtpClient *m_mail = nullptr;
     TraceFunction m_trace;
     QTimer m_smartTimer;
     QTimer m_volumeTimer;

@@ -9,6 +9,13 @@
 #include <QStringList>
 #include <QtGlobal>
 
+/// How the e-mail client talks to its server; the numbers are those of the settings file.
+enum SmtpSecurity : int {
+    SmtpPlain = 0,    ///< plain SMTP, nothing encrypted
+    SmtpStartTls = 1, ///< plain greeting and EHLO, then STARTTLS and the rest encrypted
+    SmtpTls = 2,      ///< encrypted from the first byte (usually port 465)
+};
+
 /// The user settings, one process-wide instance (appSettings()). Fields that are saved carry the
 /// spelling of their key in the settings file; run-time fields are set at start-up and never saved.
 /// Written only on the GUI thread; read anywhere.
@@ -41,6 +48,7 @@ struct AppSettings
     int crit_temp = 70;            ///< critical temperature, degrees Celsius
     QString extWarnTask;           ///< command started on every evaluation at the warning level
     QString extCritTask;           ///< command started on every evaluation at the alarm level
+    int SMTP_security = 0;         ///< connection to the SMTP server, a SmtpSecurity value
 
     // Run-time values, never saved.
     bool showMainWindow = true;    ///< false when started with "hide"

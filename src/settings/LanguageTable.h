@@ -187,7 +187,14 @@ enum Entry : int {
     FreeEditionNote = 178,      ///< "(free edition)"
     AboutText = 179,            ///< "Watches the health of your hard disks: it reads their SMA..."
     AboutLicence = 180,         ///< "Free software under the MIT licence."
-    EntryCount = 181            ///< lines in each bundled file
+    SmtpSecurityLabel = 181,    ///< "Connection security:"
+    SecurityNone = 182,         ///< "None"
+    SecurityStartTls = 183,     ///< "STARTTLS"
+    SecurityTls = 184,          ///< "TLS from the first byte (SSL)"
+    SmtpTestButton = 185,       ///< "Send &Test Message"
+    SmtpRelayButton = 186,      ///< "About SMTP &Relays"
+    SmtpTranscript = 187,       ///< "Test transcript"
+    EntryCount = 188            ///< lines in each bundled file
 };
 } // namespace Lang
 

@@ -30,6 +30,7 @@ QString fieldLabel(const QString &key)
         {QStringLiteral("SMTP_user"), Lang::SmtpUser},
         {QStringLiteral("SMTP_pass"), Lang::SmtpPassword},
         {QStringLiteral("SMTP_auth"), Lang::SmtpAuth},
+        {QStringLiteral("SMTP_security"), Lang::SmtpSecurityLabel},
         {QStringLiteral("pop_notif_enable"), Lang::PopupNotifications},
         {QStringLiteral("eml_notif_enable"), Lang::EmailNotifications},
         {QStringLiteral("startup"), Lang::StartAtLogon},

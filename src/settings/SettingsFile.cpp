@@ -62,6 +62,8 @@ const KeyRule keyRules[] = {
     {.key = "SMTP_server=", .textField = &AppSettings::SMTP_server},
     {.key = "SMTP_user=", .textField = &AppSettings::SMTP_user},
     {.key = "SMTP_pass=", .textField = &AppSettings::SMTP_pass},
+    // Added after the first release, hence last: a file without it reads as before.
+    {.key = "SMTP_security=", .intField = &AppSettings::SMTP_security, .min = 0, .max = 2},
 };
 
 void store(const KeyRule &rule, const QString &value, AppSettings &settings)
@@ -236,6 +238,8 @@ QByteArray SettingsFile::render(const AppSettings &s, const QList<DiskRecord> &d
             .arg(s.extWarnTask)
             .arg(s.extCritTask);
     QByteArray content = text.toLocal8Bit();
+    // Outside the template, so that a "%N" left in the last value is not filled with it.
+    content += "SMTP_security=" + QByteArray::number(s.SMTP_security) + "\r\n";
 
     // Only the disks present now are remembered; entries of absent disks are dropped.
     for (const DiskRecord &disk : disks)

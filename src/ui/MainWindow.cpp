@@ -228,6 +228,8 @@ void MainWindow::connectMonitor()
             [this](const QList<DiskRecord> &, const QDateTime &when) { onVolumesRefreshed(when); });
     connect(m_monitor, &DiskMonitor::notice, this,
             [this](const EventLine &line) { addEventLine(line.kind, line.text); });
+    connect(m_monitor, &DiskMonitor::mailFailed, this,
+            [this](const EventLine &line) { addEventLine(line.kind, line.text); });
 }
 
 void MainWindow::retranslate()

@@ -1,6 +1,7 @@
 #include "Prev_dlg.h"
 
 #include "IconCache.h"
+#include "SmtpTestPanel.h"
 #include "TrayColourPreview.h"
 
 #include "health/TrayIconPlan.h"
@@ -267,6 +268,11 @@ QWidget *Prev_dlg::buildNotificationsPage()
     m_server = named(new QLineEdit(server), "SMTP_server");
     m_port = named(new QSpinBox(server), "SMTP_port");
     m_port->setRange(1, 49999);
+    m_security = named(new QComboBox(server), "SMTP_security");
+    bindItems(m_security, {Lang::SecurityNone, Lang::SecurityStartTls, Lang::SecurityTls});
+    // Only a choice of the user moves the port, never loading the values.
+    connect(m_security, &QComboBox::activated, this,
+            [this](int security) { m_port->setValue(SmtpParams::portFor(security, m_port->value())); });
     m_auth = named(new QCheckBox(server), "SMTP_auth");
     bindText(m_auth, Lang::SmtpAuth);
     m_user = named(new QLineEdit(server), "SMTP_user");
@@ -277,17 +283,21 @@ QWidget *Prev_dlg::buildNotificationsPage()
     form->addRow(label(Lang::SmtpTo, m_to), m_to);
     form->addRow(label(Lang::SmtpServer, m_server), m_server);
     form->addRow(label(Lang::SmtpPort, m_port), m_port);
+    form->addRow(label(Lang::SmtpSecurityLabel, m_security), m_security);
     form->addRow(m_auth);
     form->addRow(label(Lang::SmtpUser, m_user), m_user);
     form->addRow(label(Lang::SmtpPassword, m_pass), m_pass);
+    m_smtpTest = new SmtpTestPanel([this] { return smtpParams(); }, server);
+    form->addRow(m_smtpTest);
+    connect(m_smtpTest, &SmtpTestPanel::testStarted, this, [this] { waitForTest(true); });
+    connect(m_smtpTest, &SmtpTestPanel::testFinished, this, [this] { waitForTest(false); });
     connect(m_mail, &QCheckBox::toggled, this, &Prev_dlg::updateEnabling);
     connect(m_auth, &QCheckBox::toggled, this, &Prev_dlg::updateEnabling);
 
     auto *layout = new QVBoxLayout(page);
     layout->addWidget(m_popups);
     layout->addWidget(m_mail);
-    layout->addWidget(server);
-    layout->addStretch(1);
+    layout->addWidget(server, 1);
     return page;
 }
 
@@ -379,6 +389,7 @@ void Prev_dlg::retranslate()
     m_spacePeriod->setAccessibleName(languageText(Lang::CheckSpaceEvery));
     for (QSpinBox *limit : {m_warnTemp, m_critTemp})
         limit->setSuffix(QLatin1Char(' ') + languageText(Lang::UnitCelsius));
+    m_smtpTest->retranslate();
     m_buttons->button(QDialogButtonBox::Ok)->setText(languageText(Lang::Ok));
     m_buttons->button(QDialogButtonBox::Apply)->setText(languageText(Lang::Apply));
     m_buttons->button(QDialogButtonBox::Cancel)->setText(languageText(Lang::Cancel));
@@ -411,6 +422,7 @@ void Prev_dlg::load(const AppSettings &settings)
     m_to->setText(settings.SMTP_to);
     m_server->setText(settings.SMTP_server);
     m_port->setValue(settings.SMTP_port);
+    m_security->setCurrentIndex(qBound(0, settings.SMTP_security, 2));
     m_auth->setChecked(settings.SMTP_auth);
     m_user->setText(settings.SMTP_user);
     m_pass->setText(settings.SMTP_pass);
@@ -445,6 +457,7 @@ AppSettings Prev_dlg::values() const
     s.SMTP_to = m_to->text();
     s.SMTP_server = m_server->text();
     s.SMTP_port = m_port->value();
+    s.SMTP_security = m_security->currentIndex();
     s.SMTP_auth = m_auth->isChecked();
     s.SMTP_user = m_user->text();
     s.SMTP_pass = m_pass->text();
@@ -492,6 +505,21 @@ void Prev_dlg::chooseProgram(QLineEdit *field)
     const QString program = QFileDialog::getOpenFileName(this, languageText(Lang::ChooseProgram), folder);
     if (!program.isEmpty())
         field->setText(QDir::toNativeSeparators(program));
+}
+
+SmtpParams Prev_dlg::smtpParams() const
+{
+    return SmtpParams::fromSettings(values());
+}
+
+void Prev_dlg::waitForTest(bool waiting)
+{
+    // The fields stay as they were sent until the server has answered.
+    setEnabled(!waiting);
+    if (waiting)
+        setCursor(Qt::WaitCursor);
+    else
+        unsetCursor();
 }
 
 bool Prev_dlg::applyValues()

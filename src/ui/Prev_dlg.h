@@ -1,6 +1,7 @@
 #pragma once
 
 #include "device/DiskRecord.h"
+#include "health/SmtpParams.h"
 #include "settings/AppSettings.h"
 #include "settings/PreferencesApply.h"
 
@@ -22,6 +23,7 @@ class QListWidget;
 class QPushButton;
 class QSpinBox;
 class QStackedWidget;
+class SmtpTestPanel;
 class TrayColourPreview;
 
 /// The preferences: every setting of Korvane.ini a user sets, on five pages (monitoring,
@@ -65,6 +67,8 @@ private:
     void updateTemperatureHints();
     void updateEnabling();
     void chooseProgram(QLineEdit *field);
+    SmtpParams smtpParams() const;
+    void waitForTest(bool waiting);
     void showOutcome(const PreferencesOutcome &outcome);
 
     AppSettings m_current;
@@ -98,9 +102,11 @@ private:
     QLineEdit *m_to = nullptr;
     QLineEdit *m_server = nullptr;
     QSpinBox *m_port = nullptr;
+    QComboBox *m_security = nullptr;
     QCheckBox *m_auth = nullptr;
     QLineEdit *m_user = nullptr;
     QLineEdit *m_pass = nullptr;
+    SmtpTestPanel *m_smtpTest = nullptr;
     QLineEdit *m_warnTask = nullptr;
     QLineEdit *m_critTask = nullptr;
     QComboBox *m_style = nullptr;

@@ -1,3 +1,4 @@
+#include "SmtpTestServer.h"
 #include "TestEnv.h"
 #include "TestFiles.h"
 
@@ -112,6 +113,54 @@ private slots:
         QVERIFY(log.first().endsWith(QLatin1String("]![INFO]![Session started")));
         QVERIFY(log.last().endsWith(QLatin1String("]![INFO]![Session finished")));
         QVERIFY(log.filter(QStringLiteral("]![SMART]![")).size() >= 5);
+    }
+
+    // The first evaluation is a change of level: `--once` mails it in every kind of connection and
+    // waits for the dialogue; a failure is one stamped line among the events, and the run goes on.
+    void mailsTheFirstEvaluation_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<QString>("password");
+        QTest::addColumn<QString>("failure");
+        QTest::newRow("plain") << int(SmtpTestServer::Plain) << "s3cret" << QString();
+        QTest::newRow("STARTTLS") << int(SmtpTestServer::StartTls) << "s3cret" << QString();
+        QTest::newRow("TLS") << int(SmtpTestServer::Tls) << "s3cret" << QString();
+        QTest::newRow("password refused") << int(SmtpTestServer::StartTls) << "wrong"
+                                          << "SMTP error: Unexpected reply from SMTP server.";
+    }
+    void mailsTheFirstEvaluation()
+    {
+        QFETCH(int, mode);
+        QFETCH(QString, password);
+        QFETCH(QString, failure);
+        if (const QString missing = SmtpTestServer::missingTools(); !missing.isEmpty())
+            QSKIP(qPrintable(missing));
+        SmtpTestServer server;
+        QVERIFY2(server.start(SmtpTestServer::Mode(mode), QStringLiteral("kv:s3cret")), server.log());
+        QTemporaryDir home;
+        QVERIFY(TestFiles::write(home.filePath(QStringLiteral("Korvane.ini")),
+                                 QStringLiteral("eml_notif_enable=1\r\nSMTP_from=kv@example.org\r\n"
+                                                "SMTP_to=admin@example.org\r\nSMTP_server=127.0.0.1\r\n"
+                                                "SMTP_port=%1\r\nSMTP_auth=1\r\nSMTP_user=kv\r\nSMTP_pass=%2\r\n"
+                                                "SMTP_security=%3\r\n")
+                                     .arg(server.port()).arg(password).arg(mode).toUtf8()));
+        QProcessEnvironment env = TestEnv::ctlEnvironment();
+        env.insert(QStringLiteral("SSL_CERT_FILE"), server.certificateFile());
+        const Finished run = TestEnv::runKorvanectl(monitorArguments(home.path(), {"--once"}), env);
+        QCOMPARE(run.exitCode, 0);
+        const QStringList out = run.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        QVERIFY(out.last().endsWith(QLatin1String(" Session finished")));
+        if (!failure.isEmpty()) {
+            QCOMPARE(out.filter(failure).size(), 1);
+            QCOMPARE(server.messages().size(), 0);
+            return;
+        }
+        QVERIFY2(out.filter(QStringLiteral("SMTP error")).isEmpty(), qPrintable(run.out));
+        QCOMPARE(server.messages().size(), 1);
+        const QByteArray mail = server.messages().first();
+        QVERIFY2(mail.startsWith("From: kv@example.org\r\nTo: admin@example.org\r\n"
+                                 "Subject: Korvane [Health status: WARNING]\r\n\r\n"), mail);
+        QVERIFY(mail.contains("Param(Reallocated sector count) has reached WARNING level"));
     }
 
     // The settings in the home folder: the temperature limits and a disk's remembered power-on unit.

@@ -22,7 +22,8 @@ private slots:
         QTest::addColumn<int>("languageIndex");
         QTest::addColumn<QString>("name");
         QTest::addColumn<QList<int>>("sameAsEnglish"); // {-1}: every entry
-        const QList<int> everywhere = {Lang::UnitCelsius, Lang::UnitFahrenheit, Lang::Title, Lang::AttrIdColumn};
+        const QList<int> everywhere = {Lang::UnitCelsius, Lang::UnitFahrenheit, Lang::Title, Lang::AttrIdColumn,
+                                       Lang::SecurityStartTls};
         QTest::newRow("English") << int(LanguageTable::English) << "English" << QList<int>{-1};
         QTest::newRow("unknown index falls back to English") << 5 << "English" << QList<int>{-1};
         QTest::newRow("German") << int(LanguageTable::German) << "Deutsch"

@@ -104,6 +104,8 @@ private slots:
         QTest::newRow("unit 3 refused") << QByteArray("poll_period=3") << "poll_period" << "1";
         QTest::newRow("port above range") << QByteArray("SMTP_port=50000") << "SMTP_port" << "2525";
         QTest::newRow("port at top") << QByteArray("SMTP_port=49999") << "SMTP_port" << "49999";
+        QTest::newRow("security 3 refused") << QByteArray("SMTP_security=3") << "SMTP_security" << "0";
+        QTest::newRow("security TLS") << QByteArray("SMTP_security=2") << "SMTP_security" << "2";
         QTest::newRow("language 2 refused") << QByteArray("LanguageType=2") << "LanguageType" << "0";
         QTest::newRow("style 10 refused") << QByteArray("StyleType=10") << "StyleType" << "1";
         QTest::newRow("colour 17 refused") << QByteArray("color_W=17") << "color_W" << "12";
@@ -215,13 +217,17 @@ private slots:
             "temp_celsius=1\r\ndisk_temp_show=0\r\nStyleType=0\r\nLanguageType=0\r\ncolor_N=4\r\ncolor_W=12\r\n"
             "color_C=2\r\nSMTP_from=\r\nSMTP_to=\r\nSMTP_server=\r\nSMTP_port=2525\r\nSMTP_user=\r\nSMTP_pass=\r\n"
             "SMTP_auth=0\r\npop_notif_enable=1\r\neml_notif_enable=0\r\nstartup=0\r\nwarn_temp=55\r\ncrit_temp=70\r\n"
-            "extWarnTask=\r\nextCritTask=\r\ndisk[WD-123]=(0,2)\r\n";
+            "extWarnTask=\r\nextCritTask=\r\nSMTP_security=0\r\ndisk[WD-123]=(0,2)\r\n";
         QCOMPARE(SettingsFile::render(settings, {disk(QStringLiteral("WD-123"), false, 2)}), expected);
 
         // Values are filled in one after the other, so "%14" in the sender is taken by the recipient.
         settings.SMTP_from = QStringLiteral("%14");
         settings.SMTP_to = QStringLiteral("to@example.org");
         QCOMPARE(savedValues(settings, QStringLiteral("SMTP_from")), QStringLiteral("to@example.org"));
+        // The security, written after the template, is never taken by a "%N" left in the last value.
+        settings.extCritTask = QStringLiteral("beep %5");
+        settings.SMTP_security = SmtpTls;
+        QCOMPARE(savedValues(settings, QStringLiteral("extCritTask,SMTP_security")), QStringLiteral("beep %5,2"));
     }
 
     void roundTripThroughAnAtomicOwnerOnlySave()

@@ -1,10 +1,12 @@
 #include "KorvaneImages.h"
+#include "SmtpTestServer.h"
 #include "TestEnv.h"
 #include "TestFiles.h"
 #include "device/SmartReport.h"
 #include "WindowOnDisks.h"
 #include "device/simulated/SimulatedBackend.h"
 #include "health/SmartTableModel.h"
+#include "health/SmtpClient.h"
 #include "health/TemperatureDigits.h"
 #include "health/TrayIconPlan.h"
 #include "monitor/ATA_Smart.h"
@@ -211,6 +213,58 @@ private slots:
         tree->setCurrentItem(tree->topLevelItem(noSmart));
         QCOMPARE(smart->model()->rowCount(), 0);
         QVERIFY(labelTexts(window.findChild<DiskInfoPage *>()).contains(QStringLiteral("<B>SMART not supported")));
+    }
+
+    // The first evaluation changes the level: one e-mail in each kind of connection, or one line
+    // in the Events Log when the server refuses it; the window goes on either way.
+    void mailsTheLevelChange_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<QString>("password");
+        QTest::newRow("plain") << int(SmtpTestServer::Plain) << "s3cret";
+        QTest::newRow("STARTTLS") << int(SmtpTestServer::StartTls) << "s3cret";
+        QTest::newRow("TLS") << int(SmtpTestServer::Tls) << "s3cret";
+        QTest::newRow("password refused") << int(SmtpTestServer::Tls) << "wrong";
+    }
+    void mailsTheLevelChange()
+    {
+        QFETCH(int, mode);
+        QFETCH(QString, password);
+        if (const QString missing = SmtpTestServer::missingTools(); !missing.isEmpty())
+            QSKIP(qPrintable(missing));
+        SmtpTestServer server;
+        QVERIFY2(server.start(SmtpTestServer::Mode(mode), QStringLiteral("kv:s3cret")), server.log());
+        qputenv("SSL_CERT_FILE", server.certificateFile().toLocal8Bit());
+        auto unset = qScopeGuard([] { qunsetenv("SSL_CERT_FILE"); });
+        AppSettings &s = appSettings();
+        s.eml_notif_enable = true;
+        s.SMTP_from = QStringLiteral("kv@example.org");
+        s.SMTP_to = QStringLiteral("admin@example.org");
+        s.SMTP_server = QStringLiteral("127.0.0.1");
+        s.SMTP_port = server.port();
+        s.SMTP_security = mode;
+        s.SMTP_auth = true;
+        s.SMTP_user = QStringLiteral("kv");
+        s.SMTP_pass = password;
+
+        MainWindow &window = openOn({TestEnv::demoDir()});
+        QVERIFY(nextEvaluation(window));
+        QTRY_VERIFY_WITH_TIMEOUT(!window.monitor()->mailClient().isSending(), 20000);
+        const QStringList lines = window.findChild<EventsLogPage *>()->lines();
+        const QStringList failures = lines.filter(QStringLiteral("SMTP error"));
+        if (password != QLatin1String("s3cret")) {
+            QCOMPARE(failures.size(), 1);
+            QVERIFY(failures.first().endsWith(QStringLiteral(" SMTP error: Unexpected reply from SMTP server.")));
+            QCOMPARE(server.messages().size(), 0);
+        } else {
+            QCOMPARE(failures, QStringList());
+            QCOMPARE(server.messages().size(), 1);
+            QVERIFY(server.messages().first().contains("Subject: Korvane [Health status: WARNING]\r\n"));
+        }
+        // No change, no mail: the next poll sends nothing more.
+        window.update_ALL();
+        QVERIFY(nextEvaluation(window));
+        QVERIFY(!window.monitor()->mailClient().isSending());
     }
 
     void withoutDisksSaysSoAndDisablesTheScanPage()

@@ -1,4 +1,5 @@
 #include "KorvaneImages.h"
+#include "SmtpTestServer.h"
 #include "TestEnv.h"
 #include "WindowOnDisks.h"
 #include "TestFiles.h"
@@ -25,6 +26,9 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QRegularExpression>
+#include <QScopeGuard>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -138,7 +142,7 @@ private slots:
                             "SMTP_from=box@example.org\nSMTP_to=admin@example.org\nSMTP_server=smtp.example.org\n"
                             "SMTP_port=587\nSMTP_user=box\nSMTP_pass=p=ss word\nSMTP_auth=1\npop_notif_enable=0\n"
                             "eml_notif_enable=1\nstartup=1\nwarn_temp=45\ncrit_temp=60\n"
-                            "extWarnTask=/usr/local/bin/warn.sh\nextCritTask=/usr/local/bin/crit.sh\n",
+                            "extWarnTask=/usr/local/bin/warn.sh\nextCritTask=/usr/local/bin/crit.sh\nSMTP_security=1\n",
                             settings, unused);
         settings.LanguageType = LanguageTable::German;
         DiskRecord disk;
@@ -163,6 +167,46 @@ private slots:
         QCOMPARE(samples.at(1).digits, QStringLiteral("113")); // 45 °C
         QCOMPARE(samples.at(1).colour, QColor(Qt::blue));
         QCOMPARE(samples.at(2).digits, QStringLiteral("140")); // 60 °C
+    }
+
+    // The test sends through the values typed, not the saved ones, with the dialog held still
+    // meanwhile, and writes the dialogue down; choosing a security offers its usual port.
+    void smtpTestWritesTheTranscript()
+    {
+        if (const QString missing = SmtpTestServer::missingTools(); !missing.isEmpty())
+            QSKIP(qPrintable(missing));
+        SmtpTestServer server;
+        QVERIFY2(server.start(SmtpTestServer::StartTls, QStringLiteral("kv:s3cret")), server.log());
+        qputenv("SSL_CERT_FILE", server.certificateFile().toLocal8Bit());
+        auto unset = qScopeGuard([] { qunsetenv("SSL_CERT_FILE"); });
+        Prev_dlg dialog(appSettings(), {}, [](const AppSettings &) { return PreferencesOutcome{}; });
+        field<QCheckBox>(dialog, "eml_notif_enable")->setChecked(true);
+        field<QLineEdit>(dialog, "SMTP_from")->setText(QStringLiteral("kv@example.org"));
+        field<QLineEdit>(dialog, "SMTP_to")->setText(QStringLiteral("admin@example.org"));
+        field<QLineEdit>(dialog, "SMTP_server")->setText(QStringLiteral("127.0.0.1"));
+        auto *port = field<QSpinBox>(dialog, "SMTP_port");
+        auto *security = field<QComboBox>(dialog, "SMTP_security");
+        port->setValue(25);
+        security->setCurrentIndex(SmtpTls);
+        emit security->activated(SmtpTls);
+        QCOMPARE(port->value(), 465);
+        security->setCurrentIndex(SmtpStartTls);
+        emit security->activated(SmtpStartTls);
+        QCOMPARE(port->value(), 587);
+        port->setValue(server.port());
+        field<QCheckBox>(dialog, "SMTP_auth")->setChecked(true);
+        field<QLineEdit>(dialog, "SMTP_user")->setText(QStringLiteral("kv"));
+        field<QLineEdit>(dialog, "SMTP_pass")->setText(QStringLiteral("s3cret"));
+
+        field<QPushButton>(dialog, "smtp_test")->click();
+        QVERIFY(!dialog.isEnabled());
+        QTRY_VERIFY_WITH_TIMEOUT(dialog.isEnabled(), 20000);
+        const QStringList transcript = field<QPlainTextEdit>(dialog, "smtp_transcript")->toPlainText().split('\n');
+        QVERIFY2(transcript.contains(QStringLiteral("<< STARTTLS")), qPrintable(transcript.join('\n')));
+        QVERIFY(transcript.filter(QRegularExpression(QStringLiteral("^-- TLS 1\\.[23], "))).size() == 1);
+        QCOMPARE(transcript.last(), QStringLiteral("Test passed."));
+        QCOMPARE(server.messages().size(), 1);
+        QVERIFY(server.messages().first().contains("Subject: Korvane Test\r\n"));
     }
 
     void okPutsEverythingInForceAtOnce()

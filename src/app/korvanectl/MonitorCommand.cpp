@@ -5,6 +5,7 @@
 #include "MonitorPrinter.h"
 #include "monitor/SignalWatcher.h"
 
+#include "health/SmtpClient.h"
 #include "monitor/DiskMonitor.h"
 #include "settings/AppSettings.h"
 #include "settings/LanguageTable.h"
@@ -43,6 +44,19 @@ bool prepareSettings(const CtlOptions &options)
     return language != LanguageTable::StartupResult::Failed;
 }
 
+// Once the first evaluation is out, and its e-mail, if one went, has been delivered or has failed
+// (the client gives up on a silent server by itself).
+void quitAfterFirstEvaluation(DiskMonitor &monitor)
+{
+    QObject::connect(&monitor, &DiskMonitor::evaluated, qApp, [&monitor] {
+        if (!monitor.mailClient().isSending()) {
+            QCoreApplication::quit();
+            return;
+        }
+        QObject::connect(&monitor.mailClient(), &SmtpClient::finished, qApp, &QCoreApplication::quit);
+    });
+}
+
 } // namespace
 
 int run(const CtlOptions &options)
@@ -62,7 +76,7 @@ int run(const CtlOptions &options)
     QObject::connect(&stopWatcher, &SignalWatcher::stopRequested, qApp, &QCoreApplication::quit);
     QObject::connect(&out, &ConsoleOutput::closed, qApp, &QCoreApplication::quit);
     if (options.once)
-        QObject::connect(&monitor, &DiskMonitor::evaluated, qApp, &QCoreApplication::quit);
+        quitAfterFirstEvaluation(monitor);
 
     // Started from inside the event loop, which is then already there to take a stop request.
     QTimer::singleShot(0, &monitor, &DiskMonitor::start);

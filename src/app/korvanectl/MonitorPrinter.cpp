@@ -7,7 +7,9 @@
 #include "health/HealthJson.h"
 #include "monitor/DiskMonitor.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QTextStream>
 
 MonitorPrinter::MonitorPrinter(DiskMonitor &monitor, ConsoleOutput &out, bool json, QObject *parent)
@@ -19,6 +21,7 @@ MonitorPrinter::MonitorPrinter(DiskMonitor &monitor, ConsoleOutput &out, bool js
     connect(&monitor, &DiskMonitor::discoveryFinished, this, &MonitorPrinter::printDiscovery);
     connect(&monitor, &DiskMonitor::evaluated, this, &MonitorPrinter::printEvaluation);
     connect(&monitor, &DiskMonitor::notice, this, &MonitorPrinter::printNotice);
+    connect(&monitor, &DiskMonitor::mailFailed, this, &MonitorPrinter::printMailFailure);
     if (json)
         return;
     connect(&monitor, &DiskMonitor::sessionStarted, this,
@@ -43,6 +46,21 @@ void MonitorPrinter::printEvaluation(const HealthEvaluation &result, const QList
     }
     for (const EventLine &line : result.eventLines)
         printLine(when, line.text);
+}
+
+void MonitorPrinter::printMailFailure(const EventLine &line, const QDateTime &when)
+{
+    if (!m_json) {
+        printLine(when, line.text);
+        return;
+    }
+    // Shaped like the lines of an evaluation, so that a script reads both alike.
+    const QJsonObject report{
+        {QStringLiteral("time"), when.toString(Qt::ISODate)},
+        {QStringLiteral("lines"), QJsonArray{QJsonObject{{QStringLiteral("kind"), int(line.kind)},
+                                                         {QStringLiteral("text"), line.text}}}},
+    };
+    m_out.writeLine(QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Compact)));
 }
 
 void MonitorPrinter::printDiscovery(const QList<DiskRecord> &disks)

@@ -12,7 +12,7 @@ class ConsoleOutput;
 class DiskMonitor;
 
 /// `korvanectl monitor`'s front end: prints what the monitoring service reports, each
-/// event as "DATE TIME TEXT" or each evaluation as one JSON object, and the notices
+/// event and failed e-mail as "DATE TIME TEXT" or each as one JSON object, and the notices
 /// (event log trouble, disks that do not answer or cannot be read) on stderr.
 class MonitorPrinter : public QObject
 {
@@ -26,6 +26,7 @@ private:
     void printEvaluation(const HealthEvaluation &result, const QList<DiskRecord> &disks, const QDateTime &when);
     void printDiscovery(const QList<DiskRecord> &disks);
     void printNotice(const EventLine &line);
+    void printMailFailure(const EventLine &line, const QDateTime &when);
 
     DiskMonitor &m_monitor;
     ConsoleOutput &m_out;

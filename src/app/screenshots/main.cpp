@@ -17,12 +17,18 @@
 #include "settings/SettingsStore.h"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QDir>
 #include <QFile>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QSignalSpy>
+#include <QSpinBox>
 #include <QStyleFactory>
 #include <QTabWidget>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <QTimer>
@@ -45,6 +51,27 @@ bool save(QWidget &widget, const QString &path)
     return ok;
 }
 
+// The e-mail page after a test against a port where nothing listens: the transcript in use.
+bool shootSmtpTest(Prev_dlg &preferences, const QString &path)
+{
+    QTcpServer probe;
+    probe.listen(QHostAddress::LocalHost);
+    const quint16 closed = probe.serverPort();
+    probe.close();
+    preferences.showPage(2);
+    preferences.findChild<QCheckBox *>(QStringLiteral("eml_notif_enable"))->setChecked(true);
+    preferences.findChild<QLineEdit *>(QStringLiteral("SMTP_from"))->setText(QStringLiteral("korvane@example.org"));
+    preferences.findChild<QLineEdit *>(QStringLiteral("SMTP_to"))->setText(QStringLiteral("admin@example.org"));
+    preferences.findChild<QLineEdit *>(QStringLiteral("SMTP_server"))->setText(QStringLiteral("127.0.0.1"));
+    preferences.findChild<QSpinBox *>(QStringLiteral("SMTP_port"))->setValue(closed);
+    preferences.findChild<QComboBox *>(QStringLiteral("SMTP_security"))->setCurrentIndex(SmtpStartTls);
+    preferences.findChild<QPushButton *>(QStringLiteral("smtp_test"))->click();
+    for (int waited = 0; !preferences.isEnabled() && waited < 5000; waited += 50)
+        wait(50);
+    wait(100);
+    return save(preferences, path);
+}
+
 // Every page of the preferences, with the demo disks in the tray's list.
 bool shootPreferences(MainWindow &window, const QString &folder, const QString &language)
 {
@@ -57,7 +84,7 @@ bool shootPreferences(MainWindow &window, const QString &folder, const QString &
         wait(100);
         ok &= save(preferences, QStringLiteral("%1/preferences-%2-%3.png").arg(folder, language).arg(page));
     }
-    return ok;
+    return ok && shootSmtpTest(preferences, QStringLiteral("%1/preferences-%2-2-test.png").arg(folder, language));
 }
 
 // Runs \a open, which shows a modal window, and pictures that window into \a path once it is up.
