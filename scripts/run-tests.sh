@@ -21,7 +21,7 @@ while [ $# -gt 0 ]; do
         --asan) build_dir="$KORVANE_ROOT/build-asan"; cmake_args+=(-DKORVANE_SANITIZE_ADDRESS=ON) ;;
         --tsan) build_dir="$KORVANE_ROOT/build-tsan"; cmake_args+=(-DKORVANE_SANITIZE_THREAD=ON) ;;
         --) shift; ctest_args=("$@"); break ;;
-        -h|--help) sed -n '2,12p' "$0"; exit 0 ;;
+        -h|--help) sed -n '2,11p' "$0"; exit 0 ;;
         *) die "unknown option: $1" ;;
     esac
     shift

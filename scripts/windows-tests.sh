@@ -21,7 +21,7 @@ while [ $# -gt 0 ]; do
         --if-possible) if_possible=1 ;;
         --wine32) with_wine32=1 ;;
         --) shift; ctest_args=("$@"); break ;;
-        -h|--help) sed -n '2,12p' "$0"; exit 0 ;;
+        -h|--help) sed -n '2,11p' "$0"; exit 0 ;;
         *) die "unknown option: $1" ;;
     esac
     shift
