@@ -4,6 +4,9 @@
 #   scripts/run-tests.sh --asan     AddressSanitizer + UBSan build in build-asan/
 #   scripts/run-tests.sh --tsan     ThreadSanitizer build in build-tsan/
 # Extra arguments after -- go to ctest (for example -- -R identify).
+# The normal build also cross-builds the Windows pieces and runs their tests under wine
+# (scripts/windows-tests.sh) when mingw-w64 and wine are there or can be installed; it says
+# when they are skipped. KORVANE_WINDOWS_TESTS=0, or a selection after --, leaves them out.
 # KORVANE_TESTDATA names the folder that holds smart-dumps/ (the real SMART
 # dumps); by default ../shared/testdata beside the source tree.
 set -euo pipefail
@@ -18,7 +21,7 @@ while [ $# -gt 0 ]; do
         --asan) build_dir="$KORVANE_ROOT/build-asan"; cmake_args+=(-DKORVANE_SANITIZE_ADDRESS=ON) ;;
         --tsan) build_dir="$KORVANE_ROOT/build-tsan"; cmake_args+=(-DKORVANE_SANITIZE_THREAD=ON) ;;
         --) shift; ctest_args=("$@"); break ;;
-        -h|--help) sed -n '2,9p' "$0"; exit 0 ;;
+        -h|--help) sed -n '2,11p' "$0"; exit 0 ;;
         *) die "unknown option: $1" ;;
     esac
     shift
@@ -62,4 +65,16 @@ status=0
 ctest --output-on-failure --timeout 600 -j "${KORVANE_JOBS:-$(nproc)}" "${ctest_args[@]}" || status=$?
 
 report_skips
+
+# The Windows side needs no sanitizer build of its own: it runs once, with the normal build.
+if [ "$build_dir" != "$KORVANE_ROOT/build" ]; then
+    :
+elif [ "${KORVANE_WINDOWS_TESTS:-1}" = 0 ]; then
+    say "SKIPPED the Windows tests: KORVANE_WINDOWS_TESTS=0"
+elif [ ${#ctest_args[@]} -gt 0 ]; then
+    say "SKIPPED the Windows tests: ctest was given a selection (run scripts/windows-tests.sh for them)"
+else
+    say "the Windows pieces, cross-built and run under wine"
+    "$KORVANE_ROOT/scripts/windows-tests.sh" --if-possible || status=$?
+fi
 exit "$status"

@@ -8,6 +8,8 @@
 
 #if defined(Q_OS_LINUX)
 #include "helper/LinuxBackendChoice.h"
+#elif defined(Q_OS_WIN)
+#include "windows/WindowsBackend.h"
 #endif
 
 QStringList simulatePathsFromEnvironment()
@@ -37,6 +39,8 @@ std::unique_ptr<DriveBackend> createDriveBackend(const QStringList &simulatePath
         return SimulatedBackend::load(paths, errors);
 #if defined(Q_OS_LINUX)
     return LinuxBackendChoice::create();
+#elif defined(Q_OS_WIN)
+    return std::make_unique<WindowsBackend>();
 #else
     if (errors)
         errors->append(QStringLiteral("No disk access for this platform in this build; use --simulate."));

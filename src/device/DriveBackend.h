@@ -143,7 +143,7 @@ public:
     virtual std::vector<std::string> accessProblems() const { return {}; }
     /// How to grant the access that accessProblems() lacks, for \a program;
     /// empty when nothing can be granted.
-    virtual std::string accessAdvice(const std::string &program) const { return {}; }
+    virtual std::string accessAdvice([[maybe_unused]] const std::string &program) const { return {}; }
     /// One line per disk of a kind this backend does not read (NVMe, virtio,
     /// ...), naming it and its kind; empty when there is none.
     virtual std::vector<std::string> unsupportedDisks() const { return {}; }

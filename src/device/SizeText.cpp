@@ -2,6 +2,10 @@
 
 #include <QLocale>
 
+#ifdef Q_OS_WIN
+#include "windows/SystemLocale.h"
+#endif
+
 namespace SizeText {
 
 QString byteCount(quint64 count)
@@ -54,8 +58,13 @@ QString shortSize(qint64 count, QChar systemDecimalSeparator)
 
 QString shortSize(qint64 count)
 {
+#ifdef Q_OS_WIN
+    // The system default locale, which Qt's system locale (the user's) may differ from.
+    return shortSize(count, QChar(SystemLocale::decimalSeparator()));
+#else
     const QString point = QLocale::system().decimalPoint();
     return shortSize(count, point.isEmpty() ? QLatin1Char('.') : point.at(0));
+#endif
 }
 
 } // namespace SizeText

@@ -3,9 +3,19 @@
 #include <QFileInfo>
 #include <QProcess>
 
+#ifdef Q_OS_WIN
+#include "windows/ShellOpen.h"
+#endif
+
 ExternalTaskRunner::ExternalTaskRunner()
     : ExternalTaskRunner([](const QString &program, const QStringList &arguments) {
+#ifdef Q_OS_WIN
+          // The shell's "open" starts a program and opens any other file in its own program alike.
+          return arguments.isEmpty() ? ShellOpen::open(program.toStdWString())
+                                     : QProcess::startDetached(program, arguments);
+#else
           return QProcess::startDetached(program, arguments);
+#endif
       })
 {
 }
@@ -38,10 +48,15 @@ QString ExternalTaskRunner::start(const QString &command)
         return QStringLiteral("there is no such file");
     if (file.isDir())
         return QStringLiteral("it is a folder, not a file");
+#ifdef Q_OS_WIN
+    // The setting as it stands is the file the shell opens, whatever its kind.
+    return m_starter(command, {}) ? QString() : QStringLiteral("the shell could not open it");
+#else
     if (file.isExecutable())
         return m_starter(file.absoluteFilePath(), {}) ? QString() : QStringLiteral("the program could not be started");
     // Any other file is opened as the desktop opens it when double-clicked.
     return m_starter(QStringLiteral("xdg-open"), {file.absoluteFilePath()})
                ? QString()
                : QStringLiteral("xdg-open, which opens it, could not be started");
+#endif
 }

@@ -9,6 +9,10 @@
 #include <filesystem>
 #include <system_error>
 
+#ifdef Q_OS_WIN
+#include "windows/ModuleFolder.h"
+#endif
+
 namespace {
 
 // Creates \a folder and its parents; false, with the system's reason, when that fails.
@@ -50,12 +54,18 @@ QString fileIn(const QString &folder, const char *name)
 
 QString AppPaths::executableDirectory()
 {
+#ifdef Q_OS_WIN
+    // The folder start-up has always taken (each character cut to its low byte), so that every
+    // program of the installation finds the same files.
+    return QDir::fromNativeSeparators(QString::fromStdWString(ModuleFolder::lowByteDirectory()));
+#else
     if (!QCoreApplication::instance())
         return QString();
     QString dir = QDir::fromNativeSeparators(QCoreApplication::applicationDirPath());
     if (!dir.endsWith(QLatin1Char('/')))
         dir += QLatin1Char('/');
     return dir;
+#endif
 }
 
 QString AppPaths::settingsFilePath(const QString &exeDir, const QString &home)

@@ -16,6 +16,7 @@ public:
     static constexpr const char *EventLogFileName = "KV_f.log";
 
     /// Folder of the running executable, with "/" separators and a trailing "/"; empty without an application object.
+    /// On Windows it comes from the module's file name, each character cut to its low byte as start-up takes it.
     static QString executableDirectory();
 
     /// Settings file path: in \a home when it is not empty, else by the executable rule for \a exeDir.

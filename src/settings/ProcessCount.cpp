@@ -3,6 +3,10 @@
 #include <QDir>
 #include <QFile>
 
+#ifdef Q_OS_WIN
+#include "windows/ProcessSnapshot.h"
+#endif
+
 namespace {
 
 // The kernel keeps at most 15 characters of a process name.
@@ -35,5 +39,9 @@ int countProcesses(const QString &name, const QString &procRoot)
 
 bool isProcessRunning(const QString &name)
 {
+#ifdef Q_OS_WIN
+    return ProcessSnapshot::isProcessRunning(name.toStdWString());
+#else
     return countProcesses(name) > 2;
+#endif
 }

@@ -24,6 +24,11 @@ inline std::string describe(const std::wstring &text)
         shown += c >= 0x20 && c < 0x7f ? static_cast<char>(c) : '?';
     return shown + "\"";
 }
+/// Narrow text as the failure message shows it.
+inline std::string describe(const std::string &text)
+{
+    return "\"" + text + "\"";
+}
 /// Text that may be missing, as the failure message shows it.
 inline std::string describe(const std::optional<std::wstring> &text)
 {

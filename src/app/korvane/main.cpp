@@ -15,6 +15,12 @@
 #include "settings/SettingsStore.h"
 #include "settings/StartupOptions.h"
 
+#ifdef Q_OS_WIN
+#include "settings/windows/ModuleFolder.h"
+#include "settings/windows/RunKey.h"
+#include "settings/windows/WinPeKey.h"
+#endif
+
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -69,13 +75,23 @@ int main(int argc, char *argv[])
     UiFont::substituteWindowsFaces();
 
     AppSettings &settings = appSettings();
+#ifdef Q_OS_WIN
+    settings.winPEMode = WinPeKey::isSet();
+    const QString processName = QString::fromWCharArray(RunKey::executableName(settings.is64BitBuild));
+#else
     settings.winPEMode = false; // a Windows boot-disk matter; never so here
-    if (!settings.winPEMode && isProcessRunning(QFileInfo(QCoreApplication::applicationFilePath()).fileName()))
+    const QString processName = QFileInfo(QCoreApplication::applicationFilePath()).fileName();
+#endif
+    if (!settings.winPEMode && isProcessRunning(processName))
         return 1;
     settings.executableDirectory.clear();
     setDefaults(QStyleFactory::keys(), QApplication::style()->name());
     applyArguments(settings, QCoreApplication::arguments());
+#ifdef Q_OS_WIN
+    settings.executableDirectory = QString::fromStdWString(ModuleFolder::lowByteDirectory());
+#else
     settings.executableDirectory = QDir::toNativeSeparators(QCoreApplication::applicationDirPath()) + QDir::separator();
+#endif
     if (!settings.showMainWindow)
         settings.executableDirectory = RegisteredFolder::atHiddenStart(settings.executableDirectory, settings.is64BitBuild);
 
