@@ -8,6 +8,11 @@
 set -euo pipefail
 KORVANE_ROOT=$(cd "$(dirname "$0")/.." && pwd)
 . "$KORVANE_ROOT/scripts/lib/common.sh"
+case "${1:-}" in
+    "") ;;
+    -h|--help) sed -n '2,7p' "$0"; exit 0 ;;
+    *) die "unknown argument: $1 (see --help)" ;;
+esac
 
 build_dir="$KORVANE_ROOT/build-package"
 start_log "$build_dir"

@@ -36,7 +36,7 @@ while [ $# -gt 0 ]; do
         --work) work=$2; shift ;;
         --keep) keep=1 ;;
         --if-asked) [ "${KORVANE_QEMU_HELPER:-}" = 1 ] || if_asked=1 ;;
-        -h|--help) sed -n '2,25p' "$0"; exit 0 ;;
+        -h|--help) sed -n '2,22p' "$0"; exit 0 ;;
         *) echo "qemu-helper-test: unknown argument: $1" >&2; exit 2 ;;
     esac
     shift
