@@ -19,9 +19,12 @@
 
 namespace {
 
-// The form keeps the places of the original design; every width has 30 more pixels, as German
-// and Russian captions are longer than the English ones it was drawn for.
-constexpr int kExtra = 30;
+// The form keeps the places of the original design; every width has 50 more pixels, as German
+// and Russian captions are longer than the English ones it was drawn for, and sector numbers of
+// large disks have ten digits.
+constexpr int kExtra = 50;
+// The read-time option and its legend go below the progress bar, out of the original's way.
+constexpr int kLatencyTop = 392;
 
 QRect wide(int x, int y, int w, int h)
 {
@@ -59,8 +62,8 @@ QPixmap swatch(const QColor &colour)
 form_scan_set::form_scan_set(QWidget *parent) : QWidget(parent)
 {
     setObjectName(QStringLiteral("form_scan_setClass"));
-    Label = placed<QLabel>(this, wide(1, 195, 61, 16));
-    label_2 = placed<QLabel>(this, wide(1, 172, 61, 16));
+    Label = placed<QLabel>(this, QRect(1, 195, 75, 16));
+    label_2 = placed<QLabel>(this, QRect(1, 172, 75, 16));
     groupBox = placed<QGroupBox>(this, wide(1, 85, 151, 81));
     radioButton = placed<QRadioButton>(groupBox, wide(10, 20, 121, 18));
     radioButton_2 = placed<QRadioButton>(groupBox, wide(10, 40, 121, 18));
@@ -72,9 +75,9 @@ form_scan_set::form_scan_set(QWidget *parent) : QWidget(parent)
     pushButton_2->setGeometry(wide(1, 243, 151, 24));
     pushButton_2->setEnabled(false);
     buildLegend();
-    // The sector boxes sit right of their captions, which got the extra width.
-    spinBox = placed<QDoubleSpinBox>(this, QRect(70 + kExtra, 170, 81, 22));
-    spinBox_2 = placed<QDoubleSpinBox>(this, QRect(70 + kExtra, 194, 81, 22));
+    // The sector boxes take the extra width.
+    spinBox = placed<QDoubleSpinBox>(this, QRect(78, 170, 75 + kExtra, 22));
+    spinBox_2 = placed<QDoubleSpinBox>(this, QRect(78, 194, 75 + kExtra, 22));
     for (QDoubleSpinBox *box : {spinBox, spinBox_2}) {
         box->setDecimals(0);
         box->setMaximum(9999999);
@@ -85,7 +88,7 @@ form_scan_set::form_scan_set(QWidget *parent) : QWidget(parent)
     label_6 = placed<QLabel>(this, wide(10, 330, 141, 16));
     label_11 = placed<QLabel>(this, wide(10, 350, 141, 16));
     buildLatencyLegend();
-    setFixedSize(153 + kExtra, 391 + 24 + 16 * LatencyClass::kCount);
+    setFixedSize(153 + kExtra, kLatencyTop + 24 + 16 * LatencyClass::kCount);
     retranslate();
 }
 
@@ -103,9 +106,8 @@ void form_scan_set::buildLegend()
 
 void form_scan_set::buildLatencyLegend()
 {
-    latencyBox = placed<QCheckBox>(this, wide(1, 272, 151, 20));
-    // Below the progress bar, out of the way of the original controls.
-    latencyLegend = placed<QWidget>(this, wide(1, 395, 151, 16 * LatencyClass::kCount + 4));
+    latencyBox = placed<QCheckBox>(this, wide(1, kLatencyTop, 151, 20));
+    latencyLegend = placed<QWidget>(this, wide(1, kLatencyTop + 22, 151, 16 * LatencyClass::kCount + 4));
     for (int i = 0; i < LatencyClass::kCount; ++i) {
         auto *colour = placed<QLabel>(latencyLegend, QRect(12, 2 + 16 * i, 12, 12));
         colour->setPixmap(swatch(BlockColours::latency(i)));

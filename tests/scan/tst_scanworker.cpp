@@ -1,9 +1,8 @@
 // The surface scan worker on simulated disks: which check blocks it reports bad, how it counts
 // blocks and bad blocks, what it sends, and how it stops, fails to open and times its reads.
 
-#include "TestFiles.h"
+#include "SimulatedDescription.h"
 
-#include "device/simulated/SimulatedBackend.h"
 #include "scan/scan_tread.h"
 
 #include <QTemporaryDir>
@@ -45,18 +44,10 @@ class TestScanWorker : public QObject
     Q_OBJECT
     QTemporaryDir m_dir;
 
-    std::shared_ptr<DriveBackend> disk(const QByteArray &surface, const QByteArray &behaviour = "{}")
+    std::shared_ptr<DriveBackend> disk(const QByteArray &surface)
     {
-        const QString path = m_dir.filePath(QStringLiteral("disk.json"));
-        const QByteArray json = QByteArrayLiteral("{\"size\": ") + QByteArray::number(kDiskBytes) + ", \"surface\": " + surface
-            + ", \"behaviour\": " + behaviour + "}";
-        if (!TestFiles::write(path, json))
-            qFatal("cannot write %s", qPrintable(path));
-        QStringList errors;
-        std::shared_ptr<DriveBackend> backend = SimulatedBackend::load({path}, &errors);
-        if (!errors.isEmpty())
-            qFatal("%s", qPrintable(errors.join(QLatin1Char('\n'))));
-        return backend;
+        return simulatedDisk(m_dir.filePath(QStringLiteral("disk.json")),
+                             "{\"size\": " + QByteArray::number(kDiskBytes) + ", \"surface\": " + surface + "}");
     }
 
     /// A worker over a disk with \a surface, set to scan \a first..\a last in \a blockSize reads.

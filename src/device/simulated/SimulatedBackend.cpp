@@ -475,7 +475,12 @@ DiskHandle SimulatedBackend::openForRead(const std::string &path, bool directIo)
 {
     // Simulated sectors have no cache to go around.
     Q_UNUSED(directIo);
-    return d->open(path);
+    const DiskHandle handle = d->open(path);
+    if (handle != kNoHandle && d->diskOf(handle)->scanLocked) {
+        closeDisk(handle);
+        return kNoHandle;
+    }
+    return handle;
 }
 
 std::int64_t SimulatedBackend::readAt(DiskHandle handle, std::uint64_t offset, std::uint8_t *buffer,

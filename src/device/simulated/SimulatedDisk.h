@@ -75,6 +75,7 @@ public:
     std::vector<SimulatedVolume> volumes;
 
     bool openFails = false;
+    bool scanLocked = false; ///< another program holds it for writing: the read-only open of the scan fails
     int firstPath = AtaPassThroughPath; ///< paths below this one refuse every command
     int failingQueries = 0;             ///< SimulatedQuery bits
     double hangSeconds = 0;             ///< a SMART READ DATA that hangs waits this long

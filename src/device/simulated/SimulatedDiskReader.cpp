@@ -555,13 +555,14 @@ void DescriptionParser::readBehaviour(const QJsonValue &value)
     const QString field = QStringLiteral("behaviour");
     const auto behaviour = m_fields.section(value, field,
                                             {QStringLiteral("openFails"), QStringLiteral("firstPath"), QStringLiteral("failingQueries"),
-                                             QStringLiteral("hang")});
+                                             QStringLiteral("hang"), QStringLiteral("scanLocked")});
     if (!behaviour)
         return;
     auto at = [&](const char *key) { return JsonFields::child(field, QLatin1String(key)); };
     auto valueOf = [&](const char *key) { return behaviour->value(QLatin1String(key)); };
 
     m_disk.openFails = m_fields.boolean(valueOf("openFails"), at("openFails")).value_or(false);
+    m_disk.scanLocked = m_fields.boolean(valueOf("scanLocked"), at("scanLocked")).value_or(false);
     m_disk.firstPath = int(m_fields.integer(valueOf("firstPath"), at("firstPath"), 0, 3).value_or(0));
 
     static const QList<std::pair<QString, int>> queries = {
