@@ -6,6 +6,12 @@
 
 using namespace ScanGeometry;
 
+namespace {
+
+constexpr std::size_t kPageBytes = 4096;
+
+} // namespace
+
 scan_tread::scan_tread(std::shared_ptr<DriveBackend> backend, QObject *parent)
     : QThread(parent), m_backend(std::move(backend)), m_blockSize(kDefaultCheckBlock)
 {
@@ -42,7 +48,7 @@ void scan_tread::run()
     }
     // A reversed range has nothing to read; callers refuse it before the start.
     if (m_firstSector >= 0 && m_firstSector <= m_lastSector) {
-        m_buffer.reset(new std::uint8_t[m_blockSize]);
+        m_buffer.reset(static_cast<std::uint8_t *>(std::aligned_alloc(kPageBytes, m_blockSize)));
         scanRange(handle);
         m_buffer.reset();
     } else {

@@ -6,6 +6,7 @@
 #include <QThread>
 
 #include <atomic>
+#include <cstdlib>
 #include <memory>
 
 /// The read-verify surface scan of one disk on a thread of its own. It opens the disk read-only,
@@ -75,7 +76,8 @@ private:
     qint64 m_firstSector = 0;
     qint64 m_lastSector = 0;
     QString m_devicePath;
-    std::unique_ptr<std::uint8_t[]> m_buffer;
+    /// One page-aligned buffer per run, as the kernel copies fastest into one.
+    std::unique_ptr<std::uint8_t, void (*)(void *)> m_buffer{nullptr, &std::free};
 
     std::atomic<qint64> m_sectorsScanned{0};
     std::atomic<qint64> m_blocksScanned{0};
