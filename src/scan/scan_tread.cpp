@@ -25,6 +25,18 @@ bool scan_tread::setBlockSize(quint32 bytes)
     return true;
 }
 
+ScanSummary scan_tread::summary(quint32 elapsedSeconds) const
+{
+    ScanSummary s;
+    s.stopped = stopRequested();
+    s.openFailed = openFailed();
+    s.blocksScanned = blocksScanned();
+    s.sectorsScanned = sectorsScanned();
+    s.badBlocks = badBlocks();
+    s.elapsedSeconds = elapsedSeconds;
+    return s;
+}
+
 void scan_tread::stop()
 {
     m_stopRequested = true;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ScanSummary.h"
+
 #include "device/DriveBackend.h"
 
 #include <QString>
@@ -46,6 +48,9 @@ public:
     bool stopRequested() const { return m_stopRequested.load(); }
     /// Whether the last run could not open the disk.
     bool openFailed() const { return m_openFailed.load(); }
+
+    /// The last run's counters and flags, with \a elapsedSeconds as its time.
+    ScanSummary summary(quint32 elapsedSeconds) const;
 
     /// Asks the run to stop after the check block in hand; returns at once. Any thread.
     void stop();

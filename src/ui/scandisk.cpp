@@ -185,13 +185,7 @@ void scandisk::showScanedSector(qint64 first, qint64 last, int state)
 
 void scandisk::scan_Complette()
 {
-    ScanSummary summary;
-    summary.elapsedSeconds = ScanTexts::elapsedSeconds(m_startTime, QDateTime::currentDateTime());
-    summary.stopped = m_worker->stopRequested();
-    summary.openFailed = m_worker->openFailed();
-    summary.blocksScanned = m_worker->blocksScanned();
-    summary.sectorsScanned = m_worker->sectorsScanned();
-    summary.badBlocks = m_worker->badBlocks();
+    const ScanSummary summary = m_worker->summary(ScanTexts::elapsedSeconds(m_startTime, QDateTime::currentDateTime()));
     blockMap()->setCurrent(false);
     setRunning(false);
     m_statusLabel->setText(ScanTexts::scanning());

@@ -124,6 +124,25 @@ std::optional<ScanJson::Scope> scopeOf(const CtlOptions &options, const Target &
     return scope;
 }
 
+// Takes the worker's reports into \a map and, unless it is null, onto \a progress; quits the
+// event loop when the scan is over.
+void follow(scan_tread &worker, BlockMap &map, ScanProgress *progress)
+{
+    QObject::connect(&worker, &scan_tread::scanedSector, qApp, [&map, progress](qint64 first, qint64 last, int) {
+        map.addBadRange(first, last);
+        if (progress)
+            progress->printLine(ScanTexts::badSectors(first, last));
+    });
+    QObject::connect(&worker, &scan_tread::scanedBlock, qApp, [&map](qint64 block) { map.setCurrentBlock(block); });
+    QObject::connect(&worker, &scan_tread::blockReadTime, qApp,
+                     [&map](qint64 block, qint64 micros) { map.setReadTime(block, micros); });
+    QObject::connect(&worker, &scan_tread::updateProgress, qApp, [progress](int percent) {
+        if (progress)
+            progress->setPercent(percent);
+    });
+    QObject::connect(&worker, &scan_tread::scanComplette, qApp, &QCoreApplication::quit);
+}
+
 int exitCode(const ScanSummary &summary, const BlockMap &map)
 {
     if (summary.stopped)
@@ -161,20 +180,8 @@ int run(const CtlOptions &options)
     map.reset();
 
     ConsoleOutput out;
-    const bool showProgress = !options.json;
     ScanProgress progress(out, isatty(STDOUT_FILENO) == 1, scope->firstSector, scope->lastSector);
-    QObject::connect(&worker, &scan_tread::scanedSector, qApp, [&](qint64 first, qint64 last, int) {
-        map.addBadRange(first, last);
-        if (showProgress)
-            progress.printLine(ScanTexts::badSectors(first, last));
-    });
-    QObject::connect(&worker, &scan_tread::scanedBlock, qApp, [&](qint64 block) { map.setCurrentBlock(block); });
-    QObject::connect(&worker, &scan_tread::blockReadTime, qApp, [&](qint64 block, qint64 micros) { map.setReadTime(block, micros); });
-    QObject::connect(&worker, &scan_tread::updateProgress, qApp, [&](int percent) {
-        if (showProgress)
-            progress.setPercent(percent);
-    });
-    QObject::connect(&worker, &scan_tread::scanComplette, qApp, &QCoreApplication::quit);
+    follow(worker, map, options.json ? nullptr : &progress);
     // Like the stop button: the chunk in hand is finished, then the result is reported.
     QObject::connect(&stopWatcher, &SignalWatcher::stopRequested, &worker, &scan_tread::stop);
     QObject::connect(&out, &ConsoleOutput::closed, &worker, &scan_tread::stop);
@@ -184,13 +191,7 @@ int run(const CtlOptions &options)
     QCoreApplication::exec();
     worker.wait();
 
-    ScanSummary summary;
-    summary.stopped = worker.stopRequested();
-    summary.openFailed = worker.openFailed();
-    summary.blocksScanned = worker.blocksScanned();
-    summary.sectorsScanned = worker.sectorsScanned();
-    summary.badBlocks = worker.badBlocks();
-    summary.elapsedSeconds = ScanTexts::elapsedSeconds(start, QDateTime::currentDateTime());
+    const ScanSummary summary = worker.summary(ScanTexts::elapsedSeconds(start, QDateTime::currentDateTime()));
     if (options.json) {
         out.write(QJsonDocument(ScanJson::result(*scope, summary, map)).toJson(QJsonDocument::Indented));
     } else {
