@@ -85,8 +85,8 @@ form_scan_set::form_scan_set(QWidget *parent) : QWidget(parent)
     spinBox_2->setValue(999999);
     progressBar = placed<QProgressBar>(this, wide(0, 370, 151, 16));
     progressBar->setValue(0);
-    label_6 = placed<QLabel>(this, wide(10, 330, 141, 16));
-    label_11 = placed<QLabel>(this, wide(10, 350, 141, 16));
+    label_6 = placed<QLabel>(this, wide(1, 330, 151, 16));
+    label_11 = placed<QLabel>(this, wide(1, 350, 151, 16));
     buildLatencyLegend();
     setFixedSize(153 + kExtra, kLatencyTop + 24 + 16 * LatencyClass::kCount);
     retranslate();

@@ -86,8 +86,9 @@ bool shootModal(const std::function<void()> &open, const QString &path)
     return ok;
 }
 
-// Pictures the next modal window into \a path as soon as it is up, within \a timeoutMs.
-bool shootNextModal(const QString &path, int timeoutMs, bool &ok)
+// Pictures the next modal window into \a path as soon as it is up, within \a timeoutMs; \a ok
+// says later whether it did.
+void shootNextModal(const QString &path, int timeoutMs, bool &ok)
 {
     auto *poll = new QTimer;
     auto *clock = new QElapsedTimer;
@@ -103,11 +104,11 @@ bool shootNextModal(const QString &path, int timeoutMs, bool &ok)
         delete clock;
     });
     poll->start(100);
-    return true;
 }
 
 // The archive disk's scan page: a scan of its first 200 blocks, which finds bad and slow
-// places; the completion dialog, the map in both colourings and a bad block's details.
+// places, while it runs; the completion dialog, the map in both colourings and a bad block's
+// details.
 bool shootScan(MainWindow &window, const QString &folder, const QString &language)
 {
     constexpr int kArchive = 2;
@@ -118,9 +119,11 @@ bool shootScan(MainWindow &window, const QString &folder, const QString &languag
     scandisk *page = window.findChild<ScanDiskPages *>()->page(kArchive);
     page->form()->latencyBox->setChecked(false);
     page->form()->spinBox_2->setValue(200 * 61440 - 1);
-    bool ok = false;
-    shootNextModal(QStringLiteral("%1/scan-complete-%2.png").arg(folder, language), 60000, ok);
+    bool dialogShot = false;
+    shootNextModal(QStringLiteral("%1/scan-complete-%2.png").arg(folder, language), 60000, dialogShot);
     page->form()->pushButton->click();
+    wait(400);
+    bool ok = save(window, QStringLiteral("%1/scan-running-%2.png").arg(folder, language));
     while (page->isScanning() || QApplication::activeModalWidget())
         wait(100);
     wait(100);
@@ -132,7 +135,7 @@ bool shootScan(MainWindow &window, const QString &folder, const QString &languag
                      QStringLiteral("%1/scan-block-%2.png").arg(folder, language));
     tree->setCurrentItem(tree->topLevelItem(0));
     tabs->setCurrentIndex(0);
-    return ok;
+    return ok && dialogShot;
 }
 
 // The settings forms and the exports' message boxes, in the current language.
