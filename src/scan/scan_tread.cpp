@@ -60,7 +60,7 @@ void scan_tread::run()
     }
     // A reversed range has nothing to read; callers refuse it before the start.
     if (m_firstSector >= 0 && m_firstSector <= m_lastSector) {
-        m_buffer.reset(static_cast<std::uint8_t *>(std::aligned_alloc(kPageBytes, m_blockSize)));
+        m_buffer.reset(static_cast<std::uint8_t *>(qMallocAligned(m_blockSize, kPageBytes)));
         scanRange(handle);
         m_buffer.reset();
     } else {

@@ -8,7 +8,6 @@
 #include <QThread>
 
 #include <atomic>
-#include <cstdlib>
 #include <memory>
 
 /// The read-verify surface scan of one disk on a thread of its own. It opens the disk read-only,
@@ -82,7 +81,7 @@ private:
     qint64 m_lastSector = 0;
     QString m_devicePath;
     /// One page-aligned buffer per run, as the kernel copies fastest into one.
-    std::unique_ptr<std::uint8_t, void (*)(void *)> m_buffer{nullptr, &std::free};
+    std::unique_ptr<std::uint8_t, void (*)(void *)> m_buffer{nullptr, &qFreeAligned};
 
     std::atomic<qint64> m_sectorsScanned{0};
     std::atomic<qint64> m_blocksScanned{0};

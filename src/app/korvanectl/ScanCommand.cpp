@@ -21,11 +21,25 @@
 #include <QTextStream>
 #include <QTimer>
 
+#ifdef Q_OS_WIN
+#include <io.h>
+#else
 #include <unistd.h>
+#endif
 
 namespace ScanCommand {
 
 namespace {
+
+// A terminal gets the progress bar; a pipe or a file, plain lines.
+bool stdoutIsTerminal()
+{
+#ifdef Q_OS_WIN
+    return _isatty(1) != 0;
+#else
+    return isatty(STDOUT_FILENO) == 1;
+#endif
+}
 
 /// The disk to scan: where to read it and how large it is.
 struct Target
@@ -180,7 +194,7 @@ int run(const CtlOptions &options)
     map.reset();
 
     ConsoleOutput out;
-    ScanProgress progress(out, isatty(STDOUT_FILENO) == 1, scope->firstSector, scope->lastSector);
+    ScanProgress progress(out, stdoutIsTerminal(), scope->firstSector, scope->lastSector);
     follow(worker, map, options.json ? nullptr : &progress);
     // Like the stop button: the chunk in hand is finished, then the result is reported.
     QObject::connect(&stopWatcher, &SignalWatcher::stopRequested, &worker, &scan_tread::stop);
