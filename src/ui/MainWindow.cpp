@@ -9,6 +9,7 @@
 #include "EventsLogPage.h"
 #include "PlaceholderPage.h"
 #include "Prev_dlg.h"
+#include "ScanDiskPages.h"
 #include "SmartInfoPage.h"
 #include "TrayController.h"
 #include "disk_status.h"
@@ -103,7 +104,8 @@ void MainWindow::buildPages()
 
     m_infoPage = new DiskInfoPage(this);
     m_smartPage = new SmartInfoPage(this);
-    m_scanPage = new PlaceholderPage(Lang::ScanPlaceholder, this);
+    m_scanPage = new ScanDiskPages(this);
+    connect(m_scanPage, &ScanDiskPages::intoLogFromScan, this, &MainWindow::writeIntoLogFromScan);
     m_eventsPage = new EventsLogPage(this);
     m_statsPage = new PlaceholderPage(Lang::StatsPlaceholder, this);
     m_tabs = new QTabWidget(this);
@@ -310,6 +312,7 @@ void MainWindow::get_devices_complette(const QList<DiskRecord> &disks, const QDa
     m_infoPage->statusHeading()->setText(WindowTexts::diskStatusHeading(when));
     m_infoPage->volumesHeading()->setText(WindowTexts::volumesHeading(when));
     m_tree->rebuild(disks, appSettings());
+    m_scanPage->setDisks(disks, m_monitor->sharedBackend());
     m_looking->hide();
     m_show->setEnabled(isHidden());
     m_refresh->setEnabled(true);
@@ -395,6 +398,7 @@ void MainWindow::showSelectedDisk()
     const int index = m_tree->currentDisk();
     if (index >= 0 && index < m_monitor->disks().size())
         m_infoPage->showDisk(m_monitor->disks().at(index));
+    m_scanPage->showDisk(index);
 }
 
 void MainWindow::show_temp_drive(int index)
@@ -602,6 +606,7 @@ void MainWindow::closeEvent(QCloseEvent *event)
         return;
     }
     emit closeApp();
+    m_scanPage->closeAll();
     QString error;
     if (!m_monitor->isDiscovering() && !SettingsStore::instance().save(m_monitor->disks(), &error))
         qWarning("Korvane: the settings were not saved: %s", qPrintable(error));

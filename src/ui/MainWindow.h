@@ -26,6 +26,7 @@ class QTabWidget;
 class QToolBar;
 class QToolButton;
 class QTreeWidgetItem;
+class ScanDiskPages;
 class SmartInfoPage;
 class TrayController;
 class view_devices;
@@ -127,7 +128,7 @@ private:
     QTabWidget *m_tabs = nullptr;
     DiskInfoPage *m_infoPage = nullptr;
     SmartInfoPage *m_smartPage = nullptr;
-    PlaceholderPage *m_scanPage = nullptr;
+    ScanDiskPages *m_scanPage = nullptr;
     EventsLogPage *m_eventsPage = nullptr;
     PlaceholderPage *m_statsPage = nullptr;
     view_devices *m_looking = nullptr;

@@ -11,14 +11,15 @@ namespace {
 // and the timer would never fire.
 constexpr int kMaxIntervalSeconds = std::numeric_limits<int>::max() / 1000;
 
-const QStringList kCommands = {QStringLiteral("info"), QStringLiteral("monitor")};
+const QStringList kCommands = {QStringLiteral("info"), QStringLiteral("monitor"), QStringLiteral("scan")};
 const QStringList kFormats = {QStringLiteral("text"), QStringLiteral("json"), QStringLiteral("smartinfo")};
 
 bool takesValue(const QString &option)
 {
     return option == QLatin1String("--simulate") || option == QLatin1String("--interval")
         || option == QLatin1String("--home") || option == QLatin1String("--format")
-        || option == QLatin1String("--output");
+        || option == QLatin1String("--output") || option == QLatin1String("--from")
+        || option == QLatin1String("--to") || option == QLatin1String("--block-size");
 }
 
 bool isPath(const QString &option)
@@ -38,14 +39,23 @@ QString CtlOptions::usage()
         "  info        find the disks, read their SMART data once and report them\n"
         "  monitor     watch the disks: evaluate their health at every poll, print\n"
         "              each event and append to the event log, until interrupted\n"
+        "  scan DISK   read-verify the surface of DISK (an index or serial from the\n"
+        "              disk list, a device path, or any block device or image file)\n"
+        "              and report every range that cannot be read; never writes.\n"
+        "              Exit: 0 no bad range, 1 bad ranges found, 2 not scanned,\n"
+        "              130 stopped (Ctrl+C)\n"
         "\n"
         "options:\n"
-        "  --json            print JSON instead of text (monitor: one object per poll)\n"
+        "  --json            print JSON instead of text (monitor: one object per poll;\n"
+        "                    scan: one object at the end)\n"
         "  --format FORMAT   info: text, json, or smartinfo (the \"Save SMART info\"\n"
         "                    report of the desktop program)\n"
         "  --output FILE     info: write the report to FILE (whole or not at all)\n"
         "  --once            monitor: evaluate once and exit\n"
         "  --interval SECONDS  monitor: poll interval (default: from the settings)\n"
+        "  --from SECTOR     scan: first sector (default 0)\n"
+        "  --to SECTOR       scan: last sector (default the disk's last)\n"
+        "  --block-size BYTES  scan: largest single read: 512, 65536 (default) or 262144\n"
         "  --home DIR        monitor: folder of Korvane.ini and KV_f.log\n"
         "                    (default: as the desktop program, or KORVANE_HOME)\n"
         "  --simulate PATH   use simulated disks from a file or folder (repeatable);\n"
@@ -112,6 +122,18 @@ QString takeValue(CtlOptions &options, QString &format, const Argument &a)
             return QStringLiteral("--interval needs a whole number of seconds from 1 to %1; got \"%2\"")
                 .arg(kMaxIntervalSeconds)
                 .arg(a.value);
+    } else if (a.name == QLatin1String("--from") || a.name == QLatin1String("--to")) {
+        bool ok = false;
+        const qint64 sector = a.value.toLongLong(&ok);
+        if (!ok || sector < 0)
+            return QStringLiteral("%1 needs a sector number from 0 on; got \"%2\"").arg(a.name, a.value);
+        (a.name == QLatin1String("--from") ? options.fromSector : options.toSector) = sector;
+    } else if (a.name == QLatin1String("--block-size")) {
+        bool ok = false;
+        const uint bytes = a.value.toUInt(&ok);
+        if (!ok || (bytes != 512 && bytes != 65536 && bytes != 262144))
+            return QStringLiteral("--block-size is 512, 65536 or 262144; got \"%1\"").arg(a.value);
+        options.blockSize = bytes;
     } else if (a.value.isEmpty()) {
         // An empty folder would quietly fall back to the default one, and so on.
         const char *what = a.name == QLatin1String("--home") ? "a folder" : a.name == QLatin1String("--output") ? "a file" : "a path";
@@ -146,6 +168,24 @@ QString take(CtlOptions &options, QString &format, const Argument &a)
     return QString();
 }
 
+// The scan's own options, and its disk.
+QString checkScan(const CtlOptions &options)
+{
+    const std::pair<bool, const char *> scanOnly[] = {{options.fromSector >= 0, "--from"},
+                                                      {options.toSector >= 0, "--to"},
+                                                      {options.blockSize != 65536, "--block-size"}};
+    const bool scan = options.command == QLatin1String("scan");
+    for (const auto &[given, name] : scanOnly) {
+        if (given && !scan)
+            return QStringLiteral("%1 is an option of scan, not of %2").arg(QLatin1String(name), options.command);
+    }
+    if (scan && options.disk.isEmpty())
+        return QStringLiteral("scan needs a DISK: an index or serial from the disk list, a device path, or a file");
+    if (scan && options.fromSector >= 0 && options.toSector >= 0 && options.fromSector > options.toSector)
+        return QStringLiteral("--from %1 lies after --to %2").arg(options.fromSector).arg(options.toSector);
+    return QString();
+}
+
 // Options given to a command that does not read them would be dropped without a word.
 QString checkCombination(CtlOptions &options, const QString &format)
 {
@@ -167,7 +207,7 @@ QString checkCombination(CtlOptions &options, const QString &format)
         if (given && options.command != QLatin1String("monitor"))
             return QStringLiteral("%1 is an option of monitor, not of %2").arg(QLatin1String(name), options.command);
     }
-    return QString();
+    return checkScan(options);
 }
 
 } // namespace
@@ -185,6 +225,12 @@ std::optional<CtlOptions> CtlOptions::parse(const QList<QByteArray> &arguments, 
             || argument->name == QLatin1String("--version")) {
             options.command = argument->name == QLatin1String("--version") ? QStringLiteral("version") : QStringLiteral("help");
             return options;
+        }
+        // The disk of a scan may be a file's path: named whatever its encoding.
+        if (options.command == QLatin1String("scan") && options.disk.isEmpty() && !argument->name.startsWith(QLatin1Char('-'))) {
+            const QString path = UserPath::fromLocalBytes(arguments.at(i), false, nullptr);
+            options.disk = path.isEmpty() ? argument->name : path;
+            continue;
         }
         *error = take(options, format, *argument);
         if (!error->isEmpty())

@@ -10,7 +10,7 @@
 /// What the command line asked for.
 struct CtlOptions
 {
-    QString command;          ///< "info", "monitor", "help" or "version"
+    QString command;          ///< "info", "monitor", "scan", "help" or "version"
     bool json = false;        ///< machine-readable output
     QString format = QStringLiteral("text"); ///< info: "text", "json" or "smartinfo"
     QString output;           ///< info: file to write the report to, whole or not at all
@@ -18,6 +18,10 @@ struct CtlOptions
     bool once = false;        ///< monitor: one evaluation, then exit
     int intervalSeconds = 0;  ///< monitor: poll interval; 0 = from the settings
     QString home;             ///< monitor: folder of the settings and event log
+    QString disk;             ///< scan: index, serial or device path of a disk, or a file's path
+    qint64 fromSector = -1;   ///< scan: first sector; -1 = the disk's first
+    qint64 toSector = -1;     ///< scan: last sector; -1 = the disk's last
+    quint32 blockSize = 65536; ///< scan: bytes of the largest single read
 
     /// Parses the arguments as the process got them (without the program name); on failure
     /// returns nothing and puts the reason in \a error. Paths name the file the user named,

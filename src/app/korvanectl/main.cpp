@@ -1,6 +1,7 @@
 #include "CtlOptions.h"
 #include "InfoCommand.h"
 #include "MonitorCommand.h"
+#include "ScanCommand.h"
 
 #include "settings/AppVersion.h"
 
@@ -36,5 +37,7 @@ int main(int argc, char *argv[])
         return InfoCommand::run(*options);
     if (options->command == QLatin1String("monitor"))
         return MonitorCommand::run(*options);
+    if (options->command == QLatin1String("scan"))
+        return ScanCommand::run(*options);
     return 2;
 }

@@ -5,6 +5,11 @@
 #include "ui/DiskTree.h"
 #include "ui/MainWindow.h"
 #include "ui/Prev_dlg.h"
+#include "ui/ScanDiskPages.h"
+#include "ui/form_scan_set.h"
+#include "ui/paintblock.h"
+#include "ui/scandisk.h"
+#include "ui/show_block.h"
 #include "ui/UiFont.h"
 
 #include "KorvaneImages.h"
@@ -19,7 +24,9 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -104,6 +111,58 @@ bool shootModal(const std::function<void()> &open, const QString &path)
     return ok;
 }
 
+// Pictures the next modal window into \a path as soon as it is up, within \a timeoutMs; \a ok
+// says later whether it did.
+void shootNextModal(const QString &path, int timeoutMs, bool &ok)
+{
+    auto *poll = new QTimer;
+    auto *clock = new QElapsedTimer;
+    clock->start();
+    QObject::connect(poll, &QTimer::timeout, [poll, clock, path, timeoutMs, &ok] {
+        QWidget *modal = QApplication::activeModalWidget();
+        if (!modal && clock->elapsed() < timeoutMs)
+            return;
+        ok = modal && save(*modal, path);
+        if (modal)
+            modal->close();
+        poll->deleteLater();
+        delete clock;
+    });
+    poll->start(100);
+}
+
+// The archive disk's scan page: a scan of its first 200 blocks, which finds bad and slow
+// places, while it runs; the completion dialog, the map in both colourings and a bad block's
+// details.
+bool shootScan(MainWindow &window, const QString &folder, const QString &language)
+{
+    constexpr int kArchive = 2;
+    auto *tree = window.findChild<DiskTree *>();
+    tree->setCurrentItem(tree->topLevelItem(kArchive));
+    auto *tabs = window.findChild<QTabWidget *>();
+    tabs->setCurrentIndex(2);
+    scandisk *page = window.findChild<ScanDiskPages *>()->page(kArchive);
+    page->form()->latencyBox->setChecked(false);
+    page->form()->spinBox_2->setValue(200 * 61440 - 1);
+    bool dialogShot = false;
+    shootNextModal(QStringLiteral("%1/scan-complete-%2.png").arg(folder, language), 60000, dialogShot);
+    page->form()->pushButton->click();
+    wait(400);
+    bool ok = save(window, QStringLiteral("%1/scan-running-%2.png").arg(folder, language));
+    while (page->isScanning() || QApplication::activeModalWidget())
+        wait(100);
+    wait(100);
+    ok &= save(window, QStringLiteral("%1/scan-map-%2.png").arg(folder, language));
+    page->form()->latencyBox->setChecked(true);
+    wait(100);
+    ok &= save(window, QStringLiteral("%1/scan-latency-%2.png").arg(folder, language));
+    ok &= shootModal([&] { show_block(page->blockMap()->map(), 5, page).exec(); },
+                     QStringLiteral("%1/scan-block-%2.png").arg(folder, language));
+    tree->setCurrentItem(tree->topLevelItem(0));
+    tabs->setCurrentIndex(0);
+    return ok && dialogShot;
+}
+
 // The settings forms and the exports' message boxes, in the current language.
 bool shootForms(MainWindow &window, const QString &folder, const QString &language)
 {
@@ -144,6 +203,7 @@ bool shootLanguage(MainWindow &window, const QString &folder, const QString &lan
     about.close();
     ok &= shootModal([&] { window.registrationApp(); }, QStringLiteral("%1/register-%2.png").arg(folder, language));
     ok &= shootForms(window, folder, language);
+    ok &= shootScan(window, folder, language);
     return ok & shootPreferences(window, folder, language);
 }
 
