@@ -1,0 +1,49 @@
+#pragma once
+
+#include "LogBatch.h"
+
+#include <QDate>
+#include <QString>
+#include <QThread>
+
+#include <atomic>
+
+/// The worker that reads the event log back for the statistics page. It hands its rows over
+/// in batches by queued signals, each stamped with the reading it belongs to, so rows of a
+/// reading that was stopped and replaced can be told apart and dropped.
+class load_log : public QThread
+{
+    Q_OBJECT
+public:
+    /// An idle reader with no file and no dates.
+    explicit load_log(QObject *parent = nullptr);
+    /// Stops a reading in progress and waits for it (it ends after the line in hand).
+    ~load_log() override;
+
+    /// Stops any reading in progress, waits for it, then reads \a path for the days \a from
+    /// to \a to (both included). Returns the new reading's number.
+    quint64 startReading(const QString &path, QDate from, QDate to);
+    /// Asks the reading in progress to end after the line in hand; readingFinished() follows.
+    void stop() { stopReading = true; }
+    /// The number of the latest reading started.
+    quint64 runId() const { return m_runId; }
+
+signals:
+    /// The running tick (1..100, then again from 1); it is not a share of the file.
+    void updateProgress(int tick);
+    /// Warning and alarm records and temperature samples, in file order.
+    void lineToAdd(const LogBatch &batch);
+    /// Reading \a runId is over; \a error says why the file could not be read (empty otherwise).
+    void readingFinished(quint64 runId, const QString &error);
+
+protected:
+    void run() override;
+
+private:
+    std::atomic<bool> stopReading{false};
+    // Written only while the thread does not run (startReading() waits for it first).
+    QString logPath;
+    QDate fromDate;
+    QDate toDate;
+    quint64 m_runId = 0;
+};
