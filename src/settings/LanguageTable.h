@@ -187,7 +187,19 @@ enum Entry : int {
     FreeEditionNote = 178,      ///< "(free edition)"
     AboutText = 179,            ///< "Watches the health of your hard disks: it reads their SMA..."
     AboutLicence = 180,         ///< "Free software under the MIT licence."
-    EntryCount = 181            ///< lines in each bundled file
+    AllDisksFilter = 181,       ///< "All Disks"
+    CurrentDiskFilter = 182,    ///< "Current Disk"
+    AllLevels = 183,            ///< "All levels"
+    SerialColumn = 184,         ///< "Serial number"
+    LevelColumn = 185,          ///< "Level"
+    ReadingEventLog = 186,      ///< "Reading the event log..."
+    HistorySummary = 187,       ///< "%1 warning and alarm records, %2 temperature samples"
+    EventLogUnreadable = 188,   ///< "The event log cannot be read: %1"
+    GraphSettingsTitle = 189,   ///< "Graph Settings"
+    DrawTemperatureLimits = 190, ///< "Draw the warning (%1) and critical (%2) temperature lines"
+    DiskWithSerial = 191,       ///< "Disk %1 (%2)"
+    GraphSettingsButton = 192,  ///< "Graph Settings..."
+    EntryCount = 193            ///< lines in each bundled file
 };
 } // namespace Lang
 

@@ -28,6 +28,7 @@ class QToolButton;
 class QTreeWidgetItem;
 class SmartInfoPage;
 class TrayController;
+class smart_stat;
 class view_devices;
 struct DiskRecord;
 
@@ -129,7 +130,7 @@ private:
     SmartInfoPage *m_smartPage = nullptr;
     PlaceholderPage *m_scanPage = nullptr;
     EventsLogPage *m_eventsPage = nullptr;
-    PlaceholderPage *m_statsPage = nullptr;
+    smart_stat *m_statsPage = nullptr;
     view_devices *m_looking = nullptr;
     TrayController *m_tray = nullptr;
     QMenu *m_trayMenu = nullptr;
