@@ -91,7 +91,7 @@ QString EventsTableModel::cellText(const QStringList &fields, int column) const
     case DateColumn:
     case TimeColumn: {
         // A damaged stamp is shown whole, as the file has it, rather than hidden.
-        const QDateTime when = QDateTime::fromString(fields.value(0), QStringLiteral("yyyyMMddhhmmss"));
+        const QDateTime when = LogHistory::stampTime(fields.value(0));
         if (!when.isValid())
             return column == DateColumn ? fields.value(0) : QString();
         return column == DateColumn ? when.date().toString(Qt::ISODate) : when.time().toString(Qt::ISODate);

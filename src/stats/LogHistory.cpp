@@ -15,6 +15,11 @@ auto chunkOf(const Chunks &chunks, qsizetype i)
 
 } // namespace
 
+QDateTime LogHistory::stampTime(const QString &stamp)
+{
+    return QDateTime::fromString(stamp, QStringLiteral("yyyyMMddhhmmss"));
+}
+
 void LogHistory::clear()
 {
     m_events.clear();

@@ -2,6 +2,7 @@
 
 #include "LogBatch.h"
 
+#include <QDateTime>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -25,6 +26,9 @@ public:
         QHash<qint32, QStringList> oddRows;
         qsizetype first = 0;
     };
+
+    /// The date and time a record's stamp (yyyyMMddhhmmss, local time) names; invalid for a damaged stamp.
+    static QDateTime stampTime(const QString &stamp);
 
     /// Forgets everything.
     void clear();

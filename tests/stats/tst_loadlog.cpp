@@ -4,6 +4,7 @@
 #include "stats/ProgressTick.h"
 #include "stats/load_log.h"
 
+#include "LogRules.h"
 #include "TestFiles.h"
 
 #include <QFile>
@@ -17,36 +18,7 @@
 
 namespace {
 
-struct Rows
-{
-    QList<QStringList> events;
-    QList<QStringList> temperatures;
-};
-
-// The reader's rules as plainly as they can be written, line by line through the toolkit's
-// own text functions: the fast reader must give exactly these rows on any file.
-Rows referenceRead(const QString &path, QDate from, QDate to)
-{
-    Rows rows;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return rows;
-    while (!file.atEnd()) {
-        const QStringList parts = QString::fromLatin1(file.readLine()).split(QStringLiteral("]!["));
-        if (parts.size() < 7 || parts.at(1) != QLatin1String("SMART"))
-            continue;
-        const QString day = parts.at(0).left(8);
-        const QDate date(day.mid(0, 4).toInt(), day.mid(4, 2).toInt(), day.mid(6, 2).toInt());
-        if (!(date >= from && date <= to))
-            continue;
-        if (parts.at(4).toInt() > 1)
-            rows.events << parts;
-        const QStringList values = parts.at(6).split(QStringLiteral("~;"));
-        if (values.at(0).toInt() > 0)
-            rows.temperatures << QStringList{parts.at(0), parts.at(2), values.at(0), parts.at(3)};
-    }
-    return rows;
-}
+using LogRules::Rows;
 
 Rows scan(const QString &path, QDate from, QDate to, int batchRows = 65536, LogHistory *kept = nullptr)
 {
@@ -122,7 +94,7 @@ private slots:
         for (const QStringList &row : rows.temperatures)
             got << row.join(QLatin1Char(' '));
         QCOMPARE(got, temperatures);
-        const Rows reference = referenceRead(path, QDate(2026, 3, 14), QDate(2026, 3, 15));
+        const Rows reference = LogRules::read(path, QDate(2026, 3, 14), QDate(2026, 3, 15));
         QCOMPARE(rows.events, reference.events);
     }
 
@@ -181,7 +153,7 @@ private slots:
             QVERIFY(TestFiles::write(path, log));
             const QDate from(2026, 3, 14);
             const Rows rows = scan(path, from, from, int(random.bounded(1, 8)));
-            const Rows reference = referenceRead(path, from, from);
+            const Rows reference = LogRules::read(path, from, from);
             QCOMPARE(rows.events, reference.events);
             QCOMPARE(rows.temperatures, reference.temperatures);
         }

@@ -11,14 +11,15 @@ namespace {
 // and the timer would never fire.
 constexpr int kMaxIntervalSeconds = std::numeric_limits<int>::max() / 1000;
 
-const QStringList kCommands = {QStringLiteral("info"), QStringLiteral("monitor")};
+const QStringList kCommands = {QStringLiteral("info"), QStringLiteral("monitor"), QStringLiteral("history")};
 const QStringList kFormats = {QStringLiteral("text"), QStringLiteral("json"), QStringLiteral("smartinfo")};
 
 bool takesValue(const QString &option)
 {
     return option == QLatin1String("--simulate") || option == QLatin1String("--interval")
         || option == QLatin1String("--home") || option == QLatin1String("--format")
-        || option == QLatin1String("--output");
+        || option == QLatin1String("--output") || option == QLatin1String("--from") || option == QLatin1String("--to")
+        || option == QLatin1String("--disk");
 }
 
 bool isPath(const QString &option)
@@ -38,6 +39,8 @@ QString CtlOptions::usage()
         "  info        find the disks, read their SMART data once and report them\n"
         "  monitor     watch the disks: evaluate their health at every poll, print\n"
         "              each event and append to the event log, until interrupted\n"
+        "  history     print the warning and alarm records and the temperature\n"
+        "              samples of the event log (the whole file, or --from/--to)\n"
         "\n"
         "options:\n"
         "  --json            print JSON instead of text (monitor: one object per poll)\n"
@@ -46,8 +49,11 @@ QString CtlOptions::usage()
         "  --output FILE     info: write the report to FILE (whole or not at all)\n"
         "  --once            monitor: evaluate once and exit\n"
         "  --interval SECONDS  monitor: poll interval (default: from the settings)\n"
-        "  --home DIR        monitor: folder of Korvane.ini and KV_f.log\n"
+        "  --home DIR        monitor, history: folder of Korvane.ini and KV_f.log\n"
         "                    (default: as the desktop program, or KORVANE_HOME)\n"
+        "  --from DATE       history: first day, as yyyy-MM-dd\n"
+        "  --to DATE         history: last day, as yyyy-MM-dd\n"
+        "  --disk N|SERIAL   history: the rows of one disk, by index or serial\n"
         "  --simulate PATH   use simulated disks from a file or folder (repeatable);\n"
         "                    KORVANE_SIMULATE=path[:path...] does the same\n"
         "  -h, --help        show this text\n"
@@ -112,6 +118,11 @@ QString takeValue(CtlOptions &options, QString &format, const Argument &a)
             return QStringLiteral("--interval needs a whole number of seconds from 1 to %1; got \"%2\"")
                 .arg(kMaxIntervalSeconds)
                 .arg(a.value);
+    } else if (a.name == QLatin1String("--from") || a.name == QLatin1String("--to")) {
+        const QDate day = QDate::fromString(a.value, QStringLiteral("yyyy-MM-dd"));
+        if (!day.isValid())
+            return QStringLiteral("%1 needs a date as yyyy-MM-dd; got \"%2\"").arg(a.name, a.value);
+        (a.name == QLatin1String("--from") ? options.from : options.to) = day;
     } else if (a.value.isEmpty()) {
         // An empty folder would quietly fall back to the default one, and so on.
         const char *what = a.name == QLatin1String("--home") ? "a folder" : a.name == QLatin1String("--output") ? "a file" : "a path";
@@ -120,6 +131,8 @@ QString takeValue(CtlOptions &options, QString &format, const Argument &a)
         options.home = a.value;
     } else if (a.name == QLatin1String("--output")) {
         options.output = a.value;
+    } else if (a.name == QLatin1String("--disk")) {
+        options.disk = a.value;
     } else {
         options.simulate << a.value;
     }
@@ -157,8 +170,10 @@ QString checkCombination(CtlOptions &options, const QString &format)
     const std::pair<bool, const char *> infoOnly[] = {{!format.isEmpty(), "--format"},
                                                       {!options.output.isEmpty(), "--output"}};
     const std::pair<bool, const char *> monitorOnly[] = {{options.once, "--once"},
-                                                         {options.intervalSeconds > 0, "--interval"},
-                                                         {!options.home.isEmpty(), "--home"}};
+                                                         {options.intervalSeconds > 0, "--interval"}};
+    const std::pair<bool, const char *> historyOnly[] = {{options.from.isValid(), "--from"},
+                                                         {options.to.isValid(), "--to"},
+                                                         {!options.disk.isEmpty(), "--disk"}};
     for (const auto &[given, name] : infoOnly) {
         if (given && options.command != QLatin1String("info"))
             return QStringLiteral("%1 is an option of info, not of %2").arg(QLatin1String(name), options.command);
@@ -167,6 +182,15 @@ QString checkCombination(CtlOptions &options, const QString &format)
         if (given && options.command != QLatin1String("monitor"))
             return QStringLiteral("%1 is an option of monitor, not of %2").arg(QLatin1String(name), options.command);
     }
+    for (const auto &[given, name] : historyOnly) {
+        if (given && options.command != QLatin1String("history"))
+            return QStringLiteral("%1 is an option of history, not of %2").arg(QLatin1String(name), options.command);
+    }
+    if (!options.home.isEmpty() && options.command == QLatin1String("info"))
+        return QStringLiteral("--home is an option of monitor and history, not of info");
+    if (options.from.isValid() && options.to.isValid() && options.from > options.to)
+        return QStringLiteral("--from %1 is after --to %2")
+            .arg(options.from.toString(Qt::ISODate), options.to.toString(Qt::ISODate));
     return QString();
 }
 

@@ -1,4 +1,5 @@
 #include "CtlOptions.h"
+#include "HistoryCommand.h"
 #include "InfoCommand.h"
 #include "MonitorCommand.h"
 
@@ -36,5 +37,7 @@ int main(int argc, char *argv[])
         return InfoCommand::run(*options);
     if (options->command == QLatin1String("monitor"))
         return MonitorCommand::run(*options);
+    if (options->command == QLatin1String("history"))
+        return HistoryCommand::run(*options);
     return 2;
 }
