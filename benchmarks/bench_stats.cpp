@@ -16,6 +16,7 @@
 #include "stats/EventsTableModel.h"
 #include "stats/GeneratedLog.h"
 #include "stats/LogHistory.h"
+#include "stats/TemperatureGraphLayout.h"
 #include "stats/load_log.h"
 
 #include <QApplication>
@@ -77,37 +78,48 @@ int main(int argc, char *argv[])
     }
     out << "log: " << QFileInfo(log).size() / (1 << 20) << " MiB\n";
 
-    // The file is read once first, so both runs find it in the page cache.
+    // The file is read once first, so both runs find it in the page cache; each is timed
+    // three times, one after the other, and the best time of each counts (the machine is shared).
     awkSeconds(log);
-    const double awk = awkSeconds(log);
-
+    double awk = 1e9;
+    double read = 1e9;
     LogHistory history;
     EventsTableModel model(&history, languageTable());
-    load_log reader;
-    QEventLoop loop;
-    QObject::connect(&reader, &load_log::lineToAdd, &app, [&](const LogBatch &batch) {
-        history.append(batch);
-        model.historyGrew();
-    });
-    QObject::connect(&reader, &load_log::readingFinished, &loop, &QEventLoop::quit);
-    QElapsedTimer timer;
-    timer.start();
-    reader.startReading(log, kFirstDay, kLastDay);
-    loop.exec();
-    const double read = timer.nsecsElapsed() / 1e9;
+    for (int round = 0; round < 3; ++round) {
+        awk = qMin(awk, awkSeconds(log));
+        history.clear();
+        model.historyReset();
+        load_log reader;
+        QEventLoop loop;
+        QObject::connect(&reader, &load_log::lineToAdd, &app, [&](const LogBatch &batch) {
+            history.append(batch);
+            model.historyGrew();
+        });
+        QObject::connect(&reader, &load_log::readingFinished, &loop, &QEventLoop::quit);
+        QElapsedTimer timer;
+        timer.start();
+        reader.startReading(log, kFirstDay, kLastDay);
+        loop.exec();
+        read = qMin(read, timer.nsecsElapsed() / 1e9);
+    }
     out << "awk: " << awk << " s; reading the year: " << read << " s (" << read / awk << " of awk, target 0.5)\n";
     out << "  " << history.eventCount() << " warning and alarm records, " << history.temperatureCount()
         << " temperature samples\n";
 
+    QElapsedTimer timer;
     graph_widget graph;
     graph.resize(900, 600);
     graph.setDays(kFirstDay, kLastDay);
     graph.setLines(appSettings().warn_temp, appSettings().crit_temp);
     graph.setHistory(&history);
     QImage picture(graph.size(), QImage::Format_ARGB32_Premultiplied);
-    timer.restart();
+    timer.start();
     graph.render(&picture);
     out << "first paint (points worked out): " << timer.nsecsElapsed() / 1e6 << " ms\n";
+    timer.restart();
+    const qsizetype points = TemperatureGraphLayout::points(graph.size(), kFirstDay, kLastDay, -1, history).size();
+    out << "points worked out again (after a resize): " << timer.nsecsElapsed() / 1e6 << " ms, " << points
+        << " points for " << history.temperatureCount() << " samples\n";
     constexpr int kRepaints = 20;
     timer.restart();
     for (int i = 0; i < kRepaints; ++i)

@@ -13,8 +13,8 @@ namespace {
 
 constexpr qsizetype kChunkBytes = qsizetype(1) << 20;
 constexpr int kFlushMs = 100;
-// The first seven fields are all the reader looks at; a record's seventh "]![" only ends field 6.
-constexpr int kSeparatorsLooked = 7;
+// The first seven fields are all the reader looks at.
+constexpr int kSeparatorsLooked = 6;
 constexpr int kSerialCacheSize = 32;
 
 struct Span
@@ -133,10 +133,10 @@ void scanLine(ScanState &state, const char *line, qsizetype length, QDate from, 
         separators[count++] = at;
     if (count < 6)
         return;
+    // Fields 0 to 5; field 6 is only read up to its first item.
     const auto part = [&](int k) {
         const qsizetype begin = k == 0 ? 0 : separators[k - 1] + 3;
-        const qsizetype end = k < count ? separators[k] : length;
-        return Span{line + begin, end - begin};
+        return Span{line + begin, separators[k] - begin};
     };
     if (!part(1).equals("SMART", 5))
         return;
@@ -161,10 +161,14 @@ void scanLine(ScanState &state, const char *line, qsizetype length, QDate from, 
         batch.eventEnds.append(qint32(batch.eventBytes.size()));
         ++state.rowsInBatch;
     }
-    const Span values = part(6);
-    Span first = values;
-    for (qsizetype k = 0; k + 1 < values.size; ++k) {
-        if (values.data[k] == '~' && values.data[k + 1] == ';') {
+    // The first item of field 6 ends at its first "~;", or where the field ends: at a
+    // seventh "]![" or at the end of the line. A year of lines is not scanned twice for them.
+    const char *values = line + separators[5] + 3;
+    const qsizetype valuesSize = length - (separators[5] + 3);
+    Span first{values, valuesSize};
+    for (qsizetype k = 0; k + 1 < valuesSize; ++k) {
+        if ((values[k] == '~' && values[k + 1] == ';')
+            || (values[k] == ']' && k + 2 < valuesSize && values[k + 1] == '!' && values[k + 2] == '[')) {
             first.size = k;
             break;
         }
@@ -212,14 +216,23 @@ bool LogScanner::run(const std::atomic<bool> &stop, const Sink &sink)
 {
     m_error.clear();
     ScanState state;
-    state.batch.runId = m_runId;
-    const auto flush = [&] {
-        LogBatch out = std::move(state.batch);
+    // Each batch gets its room at once: growing it step by step would have the system hand
+    // out and clear fresh pages again and again. A batch cut short by the clock gives back
+    // what it did not use, as it may be kept for long.
+    const auto fresh = [&] {
         state.batch = LogBatch();
         state.batch.runId = m_runId;
+        state.batch.temperatures.reserve(m_batchRows);
         state.rowsInBatch = 0;
+    };
+    const auto flush = [&] {
+        LogBatch out = std::move(state.batch);
+        if (out.temperatures.size() < out.temperatures.capacity() / 2)
+            out.temperatures.squeeze();
+        fresh();
         sink(std::move(out));
     };
+    fresh();
     QFile file(m_path);
     const QFileInfo info(m_path);
     // A FIFO or a device would block or never end: the log is a plain file or nothing.

@@ -53,6 +53,7 @@ void addDay(QList<GraphItem> &items, int d, int days, double xstep, int h)
 
 // Seconds since 1970 of a stamp number yyyyMMddhhmmss in local time, from one conversion per
 // hour: a year of samples holds 8760 hours, and the offset to local time changes on the hour.
+// The toolkit's conversion is slow, so the hours are remembered from one drawing to the next.
 class StampClock
 {
 public:
@@ -63,11 +64,7 @@ public:
         const int second = int(stamp % 100);
         if (hourKey != m_hourKey) {
             m_hourKey = hourKey;
-            const int hour = int(hourKey % 100);
-            const QDate day(int(hourKey / 1000000), int(hourKey / 10000 % 100), int(hourKey / 100 % 100));
-            const QDateTime start(day, QTime(hour, 0));
-            m_hourStart = day.isValid() && hour < 24 && start.isValid() ? std::optional(start.toSecsSinceEpoch())
-                                                                           : std::nullopt;
+            m_hourStart = hourStart(hourKey);
         }
         if (!m_hourStart || minute > 59 || second > 59)
             return std::nullopt;
@@ -75,6 +72,24 @@ public:
     }
 
 private:
+    static std::optional<qint64> hourStart(quint64 hourKey)
+    {
+        static thread_local QHash<quint64, std::optional<qint64>> known;
+        const auto found = known.constFind(hourKey);
+        if (found != known.constEnd())
+            return found.value();
+        const int hour = int(hourKey % 100);
+        const QDate day(int(hourKey / 1000000), int(hourKey / 10000 % 100), int(hourKey / 100 % 100));
+        const QDateTime start(day, QTime(hour, 0));
+        const std::optional<qint64> seconds =
+            day.isValid() && hour < 24 && start.isValid() ? std::optional(start.toSecsSinceEpoch()) : std::nullopt;
+        // Bounded: a damaged log could name any number of hours.
+        if (known.size() > 200000)
+            known.clear();
+        known.insert(hourKey, seconds);
+        return seconds;
+    }
+
     quint64 m_hourKey = ~quint64(0);
     std::optional<qint64> m_hourStart;
 };
@@ -154,8 +169,8 @@ QList<GraphItem> legend(QSize size, const LogHistory &history)
 
 namespace {
 
-// Where one sample of the history goes, and which points share a place: a point is one
-// (column, temperature, colour); two samples with the same key draw the same pixels.
+// Where one sample of the history goes, and which samples draw the same pixels: those of one
+// (column, temperature, colour).
 struct PointGrid
 {
     int w = 0;
@@ -164,56 +179,74 @@ struct PointGrid
     double xscale = 0;
     double ystep = 0;
     int diskFilter = -1;
-    int temperatures = 0; // keys run over temperatures 0..temperatures-1
+    int temperatures = 0; // temperatures 0..temperatures-1 can be seen
 
-    // The key of \a sample, or -1 when it is filtered out, has no time or lies off the widget.
-    qint64 key(const TemperatureSample &sample, StampClock &clock) const
+    struct Placed
     {
-        if (diskFilter > -1 && sample.disk != diskFilter)
-            return -1;
+        int column = 0; // x + 4, from 0
+        int local = 0;  // temperature and colour within the column
+        GraphPoint point;
+    };
+
+    // Where \a sample goes; nothing when it is filtered out, has no time or leaves no pixel.
+    std::optional<Placed> place(const TemperatureSample &sample, StampClock &clock) const
+    {
+        if ((diskFilter > -1 && sample.disk != diskFilter) || sample.temperature >= temperatures)
+            return std::nullopt;
         const std::optional<qint64> seconds = clock.seconds(sample.stamp);
         if (!seconds)
-            return -1;
+            return std::nullopt;
         const double x = 30 + xscale * double(*seconds - start);
         const double y = (h - 20) - sample.temperature * ystep / 10.0;
         // The pen is two pixels wide: a point further off than this leaves no pixel.
         if (x < -4 || x > w + 4 || y < -4 || y > h + 4)
-            return -1;
-        const int colour = int(diskColourSlot(sample.disk));
-        return (qint64(int(x) + 4) * temperatures + sample.temperature) * 8 + colour;
+            return std::nullopt;
+        const int colour = sample.disk >= 1 && sample.disk <= 7 ? sample.disk : 0;
+        return Placed{int(x) + 4, sample.temperature * 8 + colour, {int(x), int(y), diskColour(sample.disk)}};
     }
-    GraphPoint point(const TemperatureSample &sample, qint64 seconds) const
-    {
-        return {int(30 + xscale * double(seconds - start)), int((h - 20) - sample.temperature * ystep / 10.0),
-                diskColour(sample.disk)};
-    }
-    static int diskColourSlot(int disk) { return disk >= 1 && disk <= 7 ? disk : 0; }
 };
 
-// The last sample of each key, by its position among all samples: a flat table when the keys
-// are few enough, else a hash.
-class LastSeen
+// The samples of one column in a row, each remembered until a later one of the same place
+// replaces it. Keeping, in file order, only the last sample of each place within each such
+// run still keeps the last sample of each place over the whole history, and the last point
+// drawn over a pixel is all that decides its colour: the picture stays the same.
+class ColumnRun
 {
 public:
-    explicit LastSeen(qint64 keys)
+    explicit ColumnRun(int places) : m_last(places, -1) {}
+
+    void add(const PointGrid::Placed &placed, QList<GraphPoint> &out)
     {
-        if (keys <= kFlatLimit)
-            m_flat.fill(-1, keys);
+        if (placed.column != m_column) {
+            flush(out);
+            m_column = placed.column;
+        }
+        qint32 &last = m_last[placed.local];
+        if (last < 0)
+            m_touched.append(placed.local);
+        last = qint32(m_points.size());
+        m_points.append(placed.point);
+        m_locals.append(placed.local);
     }
-    void set(qint64 key, qint64 position)
+    void flush(QList<GraphPoint> &out)
     {
-        if (m_flat.isEmpty())
-            m_hash.insert(key, position);
-        else
-            m_flat[key] = qint32(position);
+        for (qsizetype i = 0; i < m_points.size(); ++i) {
+            if (m_last.at(m_locals.at(i)) == i)
+                out.append(m_points.at(i));
+        }
+        for (const int local : std::as_const(m_touched))
+            m_last[local] = -1;
+        m_touched.clear();
+        m_points.clear();
+        m_locals.clear();
     }
-    qint64 get(qint64 key) const { return m_flat.isEmpty() ? m_hash.value(key, -1) : m_flat.at(key); }
 
 private:
-    // 16 MB at the most; a widget of 900 by 600 pixels needs 3.
-    static constexpr qint64 kFlatLimit = qint64(1) << 22;
-    QList<qint32> m_flat;
-    QHash<qint64, qint64> m_hash;
+    int m_column = -1;
+    QList<qint32> m_last; // by place within the column: position in m_points, or -1
+    QList<int> m_touched;
+    QList<GraphPoint> m_points;
+    QList<int> m_locals;
 };
 
 } // namespace
@@ -233,31 +266,16 @@ QList<GraphPoint> points(QSize size, QDate from, QDate to, int diskFilter, const
     if (grid.ystep > 0) // no visible point is hotter than the top of the widget
         grid.temperatures = int(qMin<double>(0x10000, (grid.h + 4 - 20 + 4) * 10.0 / grid.ystep + 2));
 
-    // First pass: the last sample of every key. Second pass: each key where that sample was.
-    // The keys are worked out twice rather than kept: a year of them would double the memory.
-    LastSeen last(qint64(grid.w + 9) * grid.temperatures * 8);
-    StampClock clock;
-    const auto keyOf = [&](const TemperatureSample &sample) {
-        return sample.temperature < grid.temperatures ? grid.key(sample, clock) : qint64(-1);
-    };
-    qint64 position = 0;
-    for (const LogHistory::SampleChunk &chunk : history.sampleChunks()) {
-        for (const TemperatureSample &sample : chunk.samples) {
-            if (const qint64 key = keyOf(sample); key >= 0)
-                last.set(key, position);
-            ++position;
-        }
-    }
     QList<GraphPoint> result;
-    position = 0;
+    ColumnRun run(grid.temperatures * 8);
+    StampClock clock;
     for (const LogHistory::SampleChunk &chunk : history.sampleChunks()) {
         for (const TemperatureSample &sample : chunk.samples) {
-            const qint64 key = keyOf(sample);
-            if (key >= 0 && last.get(key) == position)
-                result.append(grid.point(sample, *clock.seconds(sample.stamp)));
-            ++position;
+            if (const std::optional<PointGrid::Placed> placed = grid.place(sample, clock))
+                run.add(*placed, result);
         }
     }
+    run.flush(result);
     return result;
 }
 
