@@ -108,6 +108,7 @@ QWidget *smart_stat::buildEventsTab()
     m_table->verticalHeader()->hide();
     // Rows of one height: the view then never measures a year of records.
     m_table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    m_table->verticalHeader()->setDefaultSectionSize(m_table->fontMetrics().height() + 6);
     m_table->horizontalHeader()->setStretchLastSection(true);
     auto *layout = new QVBoxLayout(tab);
     layout->addLayout(filters);
@@ -191,6 +192,8 @@ void smart_stat::finishReading(quint64 runId, const QString &error)
     m_progress->hide();
     m_graph->historyChanged();
     fillDiskChoice();
+    // Measured on the first rows only (the view's own limit), not on a year of them.
+    m_table->resizeColumnsToContents();
     m_status->setText(statusText());
     emit readingDone();
 }
