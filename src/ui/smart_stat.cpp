@@ -51,6 +51,8 @@ smart_stat::smart_stat(QWidget *parent)
     m_progress->setTextVisible(false);
     m_progress->setMaximumWidth(120);
     m_progress->hide();
+    // A long summary in another language wraps rather than widen the window.
+    m_status->setWordWrap(true);
     connect(m_show, &QPushButton::clicked, this, &smart_stat::readLog);
 
     auto *top = new QHBoxLayout;
@@ -92,8 +94,11 @@ QWidget *smart_stat::buildEventsTab()
     m_levelLabel = new QLabel(tab);
     m_level = new QComboBox(tab);
     m_levelLabel->setBuddy(m_level);
-    for (QComboBox *box : {m_disk, m_level})
+    for (QComboBox *box : {m_disk, m_level}) {
+        // Their texts change with the language and with the disks of the log.
+        box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
         connect(box, &QComboBox::currentIndexChanged, this, &smart_stat::applyFilter);
+    }
     auto *filters = new QHBoxLayout;
     filters->addWidget(m_diskLabel);
     filters->addWidget(m_disk);
