@@ -91,11 +91,16 @@ int main(int argc, char *argv[])
         model.historyReset();
         load_log reader;
         QEventLoop loop;
-        QObject::connect(&reader, &load_log::lineToAdd, &app, [&](const LogBatch &batch) {
-            history.append(batch);
+        const auto take = [&] {
+            for (const LogBatch &batch : reader.takeRows())
+                history.append(batch);
             model.historyGrew();
+        };
+        QObject::connect(&reader, &load_log::lineToAdd, &app, take);
+        QObject::connect(&reader, &load_log::readingFinished, &loop, [&] {
+            take();
+            loop.quit();
         });
-        QObject::connect(&reader, &load_log::readingFinished, &loop, &QEventLoop::quit);
         QElapsedTimer timer;
         timer.start();
         reader.startReading(log, kFirstDay, kLastDay);

@@ -7,10 +7,11 @@
 #include <QThread>
 
 #include <atomic>
+#include <mutex>
 
 /// The worker that reads the event log back for the statistics page. It hands its rows over
-/// in batches by queued signals, each stamped with the reading it belongs to, so rows of a
-/// reading that was stopped and replaced can be told apart and dropped.
+/// in batches, each stamped with the reading it belongs to: lineToAdd() says rows are waiting,
+/// and the page takes them all with takeRows(), under a lock the race detector can see.
 class load_log : public QThread
 {
     Q_OBJECT
@@ -27,14 +28,20 @@ public:
     void stop() { stopReading = true; }
     /// The number of the latest reading started.
     quint64 runId() const { return m_runId; }
+    /// The batches read and not yet taken, in file order.
+    QList<LogBatch> takeRows();
+    /// Why the last reading could not read the file; empty when it could.
+    QString error() const;
 
 signals:
     /// The running tick (1..100, then again from 1); it is not a share of the file.
     void updateProgress(int tick);
-    /// Warning and alarm records and temperature samples, in file order.
-    void lineToAdd(const LogBatch &batch);
-    /// Reading \a runId is over; \a error says why the file could not be read (empty otherwise).
-    void readingFinished(quint64 runId, const QString &error);
+    /// Warning and alarm records and temperature samples of reading \a runId wait for takeRows();
+    /// said once until they are taken.
+    void lineToAdd(quint64 runId);
+    /// Reading \a runId is over and all its rows are waiting or taken; error() says whether
+    /// the file could be read.
+    void readingFinished(quint64 runId);
 
 protected:
     void run() override;
@@ -46,4 +53,7 @@ private:
     QDate fromDate;
     QDate toDate;
     quint64 m_runId = 0;
+    mutable std::mutex m_mutex; // guards the two below
+    QList<LogBatch> m_pending;
+    QString m_error;
 };

@@ -69,7 +69,7 @@ smart_stat::smart_stat(QWidget *parent)
     layout->addLayout(top);
     layout->addWidget(m_tabs, 1);
 
-    connect(m_reader, &load_log::lineToAdd, this, &smart_stat::takeBatch);
+    connect(m_reader, &load_log::lineToAdd, this, &smart_stat::takeRows);
     connect(m_reader, &load_log::updateProgress, this, &smart_stat::showProgress);
     connect(m_reader, &load_log::readingFinished, this, &smart_stat::finishReading);
     connect(&SettingsStore::instance(), &SettingsStore::settingsChanged, this, &smart_stat::applyGraph);
@@ -174,11 +174,14 @@ void smart_stat::readLog()
     m_status->setText(statusText());
 }
 
-void smart_stat::takeBatch(const LogBatch &batch)
+void smart_stat::takeRows(quint64 runId)
 {
-    if (batch.runId != m_runId)
+    if (runId != m_runId)
         return;
-    m_history.append(batch);
+    for (const LogBatch &batch : m_reader->takeRows()) {
+        if (batch.runId == m_runId)
+            m_history.append(batch);
+    }
     m_model->historyGrew();
 }
 
@@ -188,12 +191,13 @@ void smart_stat::showProgress(int tick)
         m_progress->setValue(tick);
 }
 
-void smart_stat::finishReading(quint64 runId, const QString &error)
+void smart_stat::finishReading(quint64 runId)
 {
     if (runId != m_runId)
         return;
+    takeRows(runId);
     m_reading = false;
-    m_error = error;
+    m_error = m_reader->error();
     m_progress->hide();
     m_graph->historyChanged();
     fillDiskChoice();

@@ -63,9 +63,9 @@ protected:
 private:
     QWidget *buildEventsTab();
     QWidget *buildGraphTab();
-    void takeBatch(const LogBatch &batch);
+    void takeRows(quint64 runId);
     void showProgress(int tick);
-    void finishReading(quint64 runId, const QString &error);
+    void finishReading(quint64 runId);
     void applyFilter();
     void applyGraph();
     void fillDiskChoice();
