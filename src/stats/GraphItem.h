@@ -10,10 +10,11 @@
 /// point. Items are drawn in list order, each over the ones before.
 struct GraphItem
 {
+    /// What the item draws.
     enum Kind { Line, Text };
 
-    Kind kind = Line;
-    Qt::GlobalColor colour = Qt::white;
+    Kind kind = Line;                   ///< a line or a text
+    Qt::GlobalColor colour = Qt::white; ///< of the pen
     QLine line;           ///< Line: from, to
     bool dashed = false;  ///< Line: a dashed pen instead of a solid one
     QString text;         ///< Text
@@ -26,7 +27,7 @@ struct GraphItem
 /// One temperature point of the graph, in pixels; drawn with a pen two pixels wide.
 struct GraphPoint
 {
-    qint32 x = 0;
-    qint32 y = 0;
-    Qt::GlobalColor colour = Qt::white;
+    qint32 x = 0;                       ///< column
+    qint32 y = 0;                       ///< row
+    Qt::GlobalColor colour = Qt::white; ///< the disk's colour
 };

@@ -16,15 +16,15 @@ public:
     /// A disk of the graph's legend: the first sample of each serial.
     struct LegendEntry
     {
-        int disk = 0;
-        QString serial;
+        int disk = 0;   ///< the disk index of the serial's first sample
+        QString serial; ///< as the file has it
     };
     /// One batch's temperature samples and where they start among all samples.
     struct SampleChunk
     {
-        QList<TemperatureSample> samples;
-        QHash<qint32, QStringList> oddRows;
-        qsizetype first = 0;
+        QList<TemperatureSample> samples;  ///< in file order
+        QHash<qint32, QStringList> oddRows; ///< texts of the samples the compact form cannot give back
+        qsizetype first = 0;                ///< position of the first sample among all
     };
 
     /// The date and time a record's stamp (yyyyMMddhhmmss, local time) names; invalid for a damaged stamp.

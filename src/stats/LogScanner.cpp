@@ -208,6 +208,38 @@ void addSample(ScanState &state, Span stamp, Span disk, Span temperature, int ce
     ++state.rowsInBatch;
 }
 
+// Hands every line of \a file, line end included, to \a take until the end it finds or \a stop
+// (checked before each line). The last line may lack its line end: a record cut short, or one
+// being written. A line longer than the buffer grows it.
+template<typename Take>
+void forEachLine(QFile &file, const std::atomic<bool> &stop, Take take)
+{
+    QByteArray buffer(kChunkBytes, Qt::Uninitialized);
+    qsizetype filled = 0;
+    bool atEnd = false;
+    while (!atEnd && !stop.load(std::memory_order_relaxed)) {
+        if (filled == buffer.size())
+            buffer.resize(buffer.size() * 2);
+        const qint64 got = file.read(buffer.data() + filled, buffer.size() - filled);
+        atEnd = got <= 0;
+        filled += qMax<qint64>(got, 0);
+        const char *data = buffer.constData();
+        qsizetype start = 0;
+        while (start < filled && !stop.load(std::memory_order_relaxed)) {
+            const void *newline = std::memchr(data + start, '\n', size_t(filled - start));
+            if (!newline && !atEnd)
+                break;
+            const qsizetype end = newline ? static_cast<const char *>(newline) - data + 1 : filled;
+            take(data + start, end - start);
+            start = end;
+        }
+        if (start > 0) {
+            std::memmove(buffer.data(), data + start, size_t(filled - start));
+            filled -= start;
+        }
+    }
+}
+
 } // namespace
 
 LogScanner::LogScanner(const QString &path, QDate from, QDate to) : m_path(path), m_from(from), m_to(to) {}
@@ -246,39 +278,17 @@ bool LogScanner::run(const std::atomic<bool> &stop, const Sink &sink)
         flush();
         return false;
     }
-    QByteArray buffer(kChunkBytes, Qt::Uninitialized);
-    qsizetype filled = 0;
     QElapsedTimer sinceFlush;
     sinceFlush.start();
     int linesSinceClock = 0;
-    bool atEnd = false;
-    while (!atEnd && !stop.load(std::memory_order_relaxed)) {
-        if (filled == buffer.size())
-            buffer.resize(buffer.size() * 2); // a line longer than the buffer
-        const qint64 got = file.read(buffer.data() + filled, buffer.size() - filled);
-        atEnd = got <= 0;
-        filled += qMax<qint64>(got, 0);
-        const char *data = buffer.constData();
-        qsizetype start = 0;
-        while (start < filled && !stop.load(std::memory_order_relaxed)) {
-            const void *newline = std::memchr(data + start, '\n', size_t(filled - start));
-            if (!newline && !atEnd)
-                break;
-            // The last line may lack its line end: a record cut short, or one being written.
-            const qsizetype end = newline ? static_cast<const char *>(newline) - data + 1 : filled;
-            scanLine(state, data + start, end - start, m_from, m_to);
-            start = end;
-            if (state.rowsInBatch >= m_batchRows
-                || (++linesSinceClock >= 1024 && (linesSinceClock = 0, sinceFlush.hasExpired(kFlushMs)))) {
-                flush();
-                sinceFlush.restart();
-            }
+    forEachLine(file, stop, [&](const char *line, qsizetype length) {
+        scanLine(state, line, length, m_from, m_to);
+        if (state.rowsInBatch >= m_batchRows
+            || (++linesSinceClock >= 1024 && (linesSinceClock = 0, sinceFlush.hasExpired(kFlushMs)))) {
+            flush();
+            sinceFlush.restart();
         }
-        if (start > 0) {
-            std::memmove(buffer.data(), data + start, size_t(filled - start));
-            filled -= start;
-        }
-    }
+    });
     flush();
     return true;
 }

@@ -19,10 +19,10 @@ public:
     /// What the form edits.
     struct Choice
     {
-        bool currentDiskOnly = false;
-        QDate from;
-        QDate to;
-        bool limits = true;
+        bool currentDiskOnly = false; ///< "Current Disk" rather than "All Disks"
+        QDate from;                   ///< first day
+        QDate to;                     ///< last day
+        bool limits = true;           ///< draw the warning and critical lines
     };
 
     /// The form showing \a choice; \a warning and \a critical are the limits as the window
