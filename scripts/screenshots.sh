@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
 # Draws Korvane's window on the demo disks into PNG files: every page, the
 # about and registration boxes, the disk and attribute settings forms and the
-# exports' message boxes in English, German and Russian, and the "Looking for
-# devices ..." panel. The English main window becomes the README's picture.
+# exports' message boxes, the statistics page over a generated history (a day,
+# a month, a year) and its graph settings form in English, German and Russian,
+# and the "Looking for devices ..." panel. The English main window becomes the
+# README's picture.
 #   scripts/screenshots.sh [OUTPUT-FOLDER]     default build/screenshots
 set -euo pipefail
 KORVANE_ROOT=$(cd "$(dirname "$0")/.." && pwd)
