@@ -24,8 +24,7 @@ void EventsTableModel::historyGrew()
     const qsizetype before = m_keys.size();
     QList<qsizetype> added;
     for (qsizetype i = before; i < m_history->eventCount(); ++i) {
-        const QStringList fields = m_history->eventFields(i);
-        const Key key{fields.value(2).toInt(), fields.value(4).toInt()};
+        const Key key{m_history->eventField(i, 2).toInt(), m_history->eventField(i, 4).toInt()};
         m_keys.append(key);
         if (passes(key))
             added.append(i);

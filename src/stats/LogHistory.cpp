@@ -48,15 +48,35 @@ void LogHistory::append(const LogBatch &batch)
     ++m_generation;
 }
 
-QStringList LogHistory::eventFields(qsizetype i) const
+QByteArrayView LogHistory::eventLine(qsizetype i) const
 {
     if (i < 0 || i >= m_eventCount)
         return {};
     const EventChunk &chunk = *chunkOf(m_events, i);
     const qsizetype k = i - chunk.first;
     const qint32 begin = k == 0 ? 0 : chunk.ends.at(k - 1);
-    return QString::fromLatin1(chunk.bytes.constData() + begin, chunk.ends.at(k) - begin)
-        .split(QStringLiteral("]!["));
+    return QByteArrayView(chunk.bytes.constData() + begin, chunk.ends.at(k) - begin);
+}
+
+QStringList LogHistory::eventFields(qsizetype i) const
+{
+    if (i < 0 || i >= m_eventCount)
+        return {};
+    return QString::fromLatin1(eventLine(i)).split(QStringLiteral("]!["));
+}
+
+QString LogHistory::eventField(qsizetype i, int field) const
+{
+    const QByteArrayView line = eventLine(i);
+    qsizetype begin = 0;
+    for (int k = 0; k < field; ++k) {
+        const qsizetype at = line.indexOf(QByteArrayView("]!["), begin);
+        if (at < 0)
+            return QString();
+        begin = at + 3;
+    }
+    const qsizetype end = line.indexOf(QByteArrayView("]!["), begin);
+    return QString::fromLatin1(line.sliced(begin, (end < 0 ? line.size() : end) - begin));
 }
 
 QStringList LogHistory::temperatureRow(qsizetype i) const

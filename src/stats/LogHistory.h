@@ -39,6 +39,8 @@ public:
     qsizetype eventCount() const { return m_eventCount; }
     /// The fields of record \a i, split at "]![" (the last keeps the line end the file had).
     QStringList eventFields(qsizetype i) const;
+    /// Field \a field of record \a i alone; empty when the record has fewer fields.
+    QString eventField(qsizetype i, int field) const;
 
     /// Temperature samples held.
     qsizetype temperatureCount() const { return m_temperatureCount; }
@@ -55,6 +57,8 @@ public:
     quint64 generation() const { return m_generation; }
 
 private:
+    QByteArrayView eventLine(qsizetype i) const;
+
     struct EventChunk
     {
         QByteArray bytes;
