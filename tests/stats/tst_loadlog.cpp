@@ -1,7 +1,6 @@
 #include "stats/GeneratedLog.h"
 #include "stats/LogHistory.h"
 #include "stats/LogScanner.h"
-#include "stats/ProgressTick.h"
 #include "stats/load_log.h"
 
 #include "LogRules.h"
@@ -113,14 +112,23 @@ private slots:
         QCOMPARE(history.legend().at(2).serial, GeneratedLog::serial(2));
     }
 
+    // The tick counts SMART records only, one step for nine of them, and wraps after 100.
     void progressTickWraps()
     {
-        ProgressTick tick;
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("KV_f.log"));
+        QByteArray log;
+        for (int line = 0; line < 909; ++line)
+            log += "20260314093015]![INFO]![Session started\n" + smart("20260314093015", "0", "S1", "1", "36");
+        QVERIFY(TestFiles::write(path, log));
+        LogScanner scanner(path, QDate(2026, 3, 14), QDate(2026, 3, 14));
+        scanner.setBatchRows(1);
         QList<int> reported;
-        for (int line = 0; line < 909; ++line) {
-            if (const int t = tick.count(); t >= 0)
-                reported << t;
-        }
+        const std::atomic<bool> stop{false};
+        scanner.run(stop, [&](LogBatch &&batch) {
+            if (batch.progress >= 0)
+                reported << batch.progress;
+        });
         QCOMPARE(reported.size(), 101);
         QCOMPARE(reported.at(0), 1);
         QCOMPARE(reported.at(99), 100);
