@@ -1,6 +1,7 @@
 #include "ui/graph_widget.h"
 
 #include "KorvaneImages.h"
+#include "TestFiles.h"
 #include "stats/GeneratedLog.h"
 #include "stats/LogHistory.h"
 #include "stats/LogScanner.h"
@@ -68,13 +69,16 @@ private slots:
         QTest::addColumn<QDate>("from");
         QTest::addColumn<QDate>("to");
         QTest::addColumn<int>("disk");
+        QTest::addColumn<bool>("backInTime"); // a second history, earlier and overlapping, after the first
 
         // Nine disks (white twice, every colour), overlapping where the scale is narrow.
-        QTest::newRow("the whole history, narrow") << QSize(300, 200) << QDate(2026, 1, 1) << QDate(2026, 2, 28) << -1;
-        QTest::newRow("one day, wide") << QSize(900, 600) << QDate(2026, 2, 14) << QDate(2026, 2, 14) << -1;
-        QTest::newRow("samples on both sides of the days") << QSize(600, 400) << QDate(2026, 1, 20) << QDate(2026, 2, 3) << -1;
-        QTest::newRow("one disk") << QSize(400, 300) << QDate(2026, 1, 1) << QDate(2026, 2, 28) << 5;
-        QTest::newRow("too small for a scale") << QSize(200, 60) << QDate(2026, 1, 1) << QDate(2026, 2, 28) << -1;
+        QTest::newRow("the whole history, narrow") << QSize(300, 200) << QDate(2026, 1, 1) << QDate(2026, 2, 28) << -1 << false;
+        QTest::newRow("one day, wide") << QSize(900, 600) << QDate(2026, 2, 14) << QDate(2026, 2, 14) << -1 << false;
+        QTest::newRow("samples on both sides of the days")
+            << QSize(600, 400) << QDate(2026, 1, 20) << QDate(2026, 2, 3) << -1 << false;
+        QTest::newRow("one disk") << QSize(400, 300) << QDate(2026, 1, 1) << QDate(2026, 2, 28) << 5 << false;
+        QTest::newRow("too small for a scale") << QSize(200, 60) << QDate(2026, 1, 1) << QDate(2026, 2, 28) << -1 << false;
+        QTest::newRow("samples going back in time") << QSize(300, 200) << QDate(2026, 1, 1) << QDate(2026, 2, 28) << -1 << true;
     }
     void samePixelsAsEverySample()
     {
@@ -82,9 +86,15 @@ private slots:
         QFETCH(QDate, from);
         QFETCH(QDate, to);
         QFETCH(int, disk);
+        QFETCH(bool, backInTime);
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("KV_f.log"));
-        QVERIFY(GeneratedLog::write(path, {QDate(2026, 1, 1), QDate(2026, 2, 28), 9, 900, 2}));
+        QVERIFY(GeneratedLog::write(path, {backInTime ? QDate(2026, 1, 20) : QDate(2026, 1, 1), QDate(2026, 2, 28), 9, 1800, 2}));
+        if (backInTime) {
+            const QString earlier = dir.filePath(QStringLiteral("earlier.log"));
+            QVERIFY(GeneratedLog::write(earlier, {QDate(2026, 1, 1), QDate(2026, 2, 5), 5, 1200, 2}));
+            QVERIFY(TestFiles::write(path, TestFiles::read(path) + TestFiles::read(earlier)));
+        }
         LogHistory history;
         LogScanner scanner(path, QDate(2026, 1, 1), QDate(2026, 2, 28));
         const std::atomic<bool> stop{false};
