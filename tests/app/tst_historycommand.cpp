@@ -112,14 +112,13 @@ private slots:
         QTest::newRow("days the wrong way round") << QStringList{"--from", "2026-03-02", "--to", "2026-03-01"} << 2
                                                   << "--from 2026-03-02 is after --to 2026-03-01";
         QTest::newRow("home that is not there") << QStringList{"--home", "/nonexistent/korvane"} << 2 << "is not a folder";
-        QTest::newRow("no log in the home") << QStringList{"--home", QDir::tempPath() + "/korvane-no-log"} << 1
+        QTest::newRow("no log in the home") << QStringList{"--home", m_empty.path()} << 1
                                             << "cannot read the event log";
     }
     void refusals()
     {
         QFETCH(QStringList, arguments);
         QFETCH(QString, message);
-        QDir().mkpath(QDir::tempPath() + "/korvane-no-log");
         const TestEnv::CtlRun run = TestEnv::runKorvanectl(QStringList{"history"} + arguments);
         QTEST(run.exitCode, "exitCode");
         QVERIFY2(run.err.contains(message), qPrintable(run.err));
@@ -128,6 +127,7 @@ private slots:
 
 private:
     QTemporaryDir m_home;
+    QTemporaryDir m_empty;
     QString m_log;
 };
 
