@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # Draws Korvane's window on the demo disks into PNG files: every page, the
 # about and registration boxes, the disk and attribute settings forms, the
-# exports' message boxes and a surface scan (its map, result and a block's
-# details) in English, German and Russian, and the "Looking for devices ..."
-# panel. The English main window becomes the README's picture, its scan page
-# the manual's.
+# exports' message boxes, a surface scan (its map, result and a block's
+# details), the statistics page over a generated history (a day, a month, a
+# year) and its graph settings form in English, German and Russian, and the
+# "Looking for devices ..." panel. The English main window becomes the README's
+# picture, its scan page the manual's.
 #   scripts/screenshots.sh [OUTPUT-FOLDER]     default build/screenshots
 set -euo pipefail
 KORVANE_ROOT=$(cd "$(dirname "$0")/.." && pwd)

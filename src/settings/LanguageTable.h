@@ -233,7 +233,19 @@ enum Entry : int {
     SectorsLabel = 224,         ///< "Sectors:"
     ConditionLabel = 225,       ///< "Condition:"
     BadSectorsGroup = 226,      ///< "Bad Sectors"
-    EntryCount = 227            ///< lines in each bundled file
+    AllDisksFilter = 227,       ///< "All Disks"
+    CurrentDiskFilter = 228,    ///< "Current Disk"
+    AllLevels = 229,            ///< "All levels"
+    SerialColumn = 230,         ///< "Serial number"
+    LevelColumn = 231,          ///< "Level"
+    ReadingEventLog = 232,      ///< "Reading the event log..."
+    HistorySummary = 233,       ///< "%1 warning and alarm records, %2 temperature samples"
+    EventLogUnreadable = 234,   ///< "The event log cannot be read: %1"
+    GraphSettingsTitle = 235,   ///< "Graph Settings"
+    DrawTemperatureLimits = 236,///< "Draw the warning (%1) and critical (%2) temperature lines"
+    DiskWithSerial = 237,       ///< "Disk %1 (%2)"
+    GraphSettingsButton = 238,  ///< "Graph Settings..."
+    EntryCount = 239            ///< lines in each bundled file
 };
 } // namespace Lang
 

@@ -12,6 +12,7 @@
 #include "ScanDiskPages.h"
 #include "SmartInfoPage.h"
 #include "TrayController.h"
+#include "smart_stat.h"
 #include "disk_status.h"
 #include "statusLine.h"
 #include "TemperatureGauge.h"
@@ -107,7 +108,7 @@ void MainWindow::buildPages()
     m_scanPage = new ScanDiskPages(this);
     connect(m_scanPage, &ScanDiskPages::intoLogFromScan, this, &MainWindow::writeIntoLogFromScan);
     m_eventsPage = new EventsLogPage(this);
-    m_statsPage = new PlaceholderPage(Lang::StatsPlaceholder, this);
+    m_statsPage = new smart_stat(this);
     m_tabs = new QTabWidget(this);
     m_tabs->addTab(m_infoPage, QString());
     m_tabs->addTab(m_smartPage, QString());
@@ -396,6 +397,7 @@ void MainWindow::on_treeWidget_currentItemChanged(QTreeWidgetItem *, QTreeWidget
 void MainWindow::showSelectedDisk()
 {
     const int index = m_tree->currentDisk();
+    m_statsPage->setCurrentDisk(index);
     if (index >= 0 && index < m_monitor->disks().size())
         m_infoPage->showDisk(m_monitor->disks().at(index));
     m_scanPage->showDisk(index);

@@ -29,6 +29,7 @@ class QTreeWidgetItem;
 class ScanDiskPages;
 class SmartInfoPage;
 class TrayController;
+class smart_stat;
 class view_devices;
 struct DiskRecord;
 
@@ -130,7 +131,7 @@ private:
     SmartInfoPage *m_smartPage = nullptr;
     ScanDiskPages *m_scanPage = nullptr;
     EventsLogPage *m_eventsPage = nullptr;
-    PlaceholderPage *m_statsPage = nullptr;
+    smart_stat *m_statsPage = nullptr;
     view_devices *m_looking = nullptr;
     TrayController *m_tray = nullptr;
     QMenu *m_trayMenu = nullptr;

@@ -112,7 +112,7 @@ private slots:
         QTest::newRow("past the end") << QStringList{"scan", "0", "--to", "143360"}
                                       << "sim://0 has sectors 0 to 143359; the range 0 to 143360 is not within them";
         QTest::newRow("odd block size") << QStringList{"scan", "0", "--block-size", "4096"} << "--block-size is 512, 65536 or 262144";
-        QTest::newRow("scan option elsewhere") << QStringList{"info", "--from", "3"} << "--from is an option of scan, not of info";
+        QTest::newRow("scan option elsewhere") << QStringList{"info", "--from", "3"} << "--from is an option of scan and history, not of info";
         QTest::newRow("disk in use") << QStringList{"scan", "1"} << "The disk is in use or locked by another process.";
     }
     void refused()

@@ -1,4 +1,5 @@
 #include "CtlOptions.h"
+#include "HistoryCommand.h"
 #include "InfoCommand.h"
 #include "MonitorCommand.h"
 #include "ScanCommand.h"
@@ -39,5 +40,7 @@ int main(int argc, char *argv[])
         return MonitorCommand::run(*options);
     if (options->command == QLatin1String("scan"))
         return ScanCommand::run(*options);
+    if (options->command == QLatin1String("history"))
+        return HistoryCommand::run(*options);
     return 2;
 }

@@ -11,6 +11,7 @@
 #include "ui/scandisk.h"
 #include "ui/show_block.h"
 #include "ui/UiFont.h"
+#include "ui/smart_stat.h"
 
 #include "KorvaneImages.h"
 #include "device/BackendFactory.h"
@@ -20,6 +21,7 @@
 #include "settings/LanguageTable.h"
 #include "settings/PreferencesApply.h"
 #include "settings/SettingsStore.h"
+#include "stats/GeneratedLog.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -207,6 +209,41 @@ bool shootLanguage(MainWindow &window, const QString &folder, const QString &lan
     return ok & shootPreferences(window, folder, language);
 }
 
+// The statistics page over the generated history: both tabs for a day, a month and a year (the
+// month alone in \a allPeriods' absence), and the graph settings form.
+bool shootStatistics(MainWindow &window, const QString &folder, const QString &language, bool allPeriods)
+{
+    struct Period
+    {
+        QString name;
+        QDate from;
+        QDate to;
+    };
+    const QList<Period> periods = {{QStringLiteral("day"), QDate(2026, 3, 31), QDate(2026, 3, 31)},
+                                   {QStringLiteral("month"), QDate(2026, 3, 1), QDate(2026, 3, 31)},
+                                   {QStringLiteral("year"), QDate(2025, 4, 1), QDate(2026, 3, 31)}};
+    auto *tabs = window.findChild<QTabWidget *>();
+    auto *page = window.findChild<smart_stat *>();
+    tabs->setCurrentWidget(page);
+    bool ok = true;
+    for (const Period &period : periods) {
+        if (!allPeriods && period.name != QLatin1String("month"))
+            continue;
+        QSignalSpy done(page, &smart_stat::readingDone);
+        page->showPeriod(period.from, period.to);
+        ok &= done.wait(60000);
+        for (int tab = 0; tab < page->tabs()->count(); ++tab) {
+            page->tabs()->setCurrentIndex(tab);
+            wait(100);
+            ok &= save(window, QStringLiteral("%1/statistics-%2-%3-%4.png")
+                                   .arg(folder, language, period.name, tab == 0 ? QStringLiteral("events") : QStringLiteral("graph")));
+        }
+    }
+    ok &= shootModal([&] { page->openGraphSettings(); }, QStringLiteral("%1/graph-settings-%2.png").arg(folder, language));
+    tabs->setCurrentIndex(0);
+    return ok;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -245,9 +282,12 @@ int main(int argc, char *argv[])
     const QList<QPair<int, QString>> languages = {{LanguageTable::English, QStringLiteral("en")},
                                                  {LanguageTable::German, QStringLiteral("de")},
                                                  {LanguageTable::Russian, QStringLiteral("ru")}};
+    // A year of history for the statistics page: four disks polled every five minutes.
+    ok &= GeneratedLog::write(SettingsStore::instance().eventLogPath(), {QDate(2025, 4, 1), QDate(2026, 3, 31), 4, 300, 20});
     for (const auto &[index, name] : languages) {
         SettingsStore::instance().setLanguage(index);
         ok &= shootLanguage(window, folder, name);
+        ok &= shootStatistics(window, folder, name, name == QLatin1String("en"));
     }
     // The last demo disk has no SMART: its panel and status line differ from the others.
     auto *tree = window.findChild<DiskTree *>();
