@@ -5,7 +5,8 @@
 # controller and once behind AHCI. Inside each VM korvanectl and smartctl read the same disk;
 # tests/device/qemu/compare_vm_report.py then checks the two reports against each other and
 # against what the VM was given: identity, capacity, SMART support, every attribute, and the
-# ext2 volume on the disk (label, serial, mount point, space).
+# ext2 volume on the disk (label, serial, mount point, space). Last, korvanectl scan reads the
+# whole disk twice, and the disk's checksum before and after proves that it wrote nothing.
 #
 #   scripts/qemu-ata-test.sh --korvanectl PATH [--work DIR] [--keep] [piix] [ahci]
 #
@@ -144,9 +145,29 @@ mount -t ext2 /dev/sda1 "/mnt/kv data" || echo "mount of /dev/sda1 failed"
     smartctl --json -i -A -H /dev/sda
     echo "=== statfs"
     stat -f -c '%S %b %a' "/mnt/kv data"
+    umount "/mnt/kv data"
+    # The surface scan must never write: the disk's checksum before and after two scans, one
+    # by its place in the disk list with the kernel refusing writes to the device, one by an
+    # ordinary user through a device node that is readable only.
+    echo "=== scan-before"
+    md5sum /dev/sda
+    blockdev --setro /dev/sda
+    echo "=== scan"
+    korvanectl scan 0 --json 2>/tmp/scan.err
+    echo "=== scan-exit"
+    echo $?
+    echo "=== scan-stderr"
+    cat /tmp/scan.err
+    chmod 0444 /dev/sda
+    echo "=== scan-readonly-node"
+    su nobody -s /bin/sh -c "korvanectl scan /dev/sda --block-size 262144" 2>&1
+    echo "=== scan-readonly-node-exit"
+    su nobody -s /bin/sh -c "korvanectl scan /dev/sda --block-size 262144 >/dev/null 2>&1; echo \$?"
+    chmod 0600 /dev/sda
+    echo "=== scan-after"
+    md5sum /dev/sda
     echo "=== end"
 } > /dev/ttyS1 2>&1
-umount "/mnt/kv data"
 poweroff -f
 EOF
 chmod +x "$root/init"

@@ -37,13 +37,21 @@ std::unique_ptr<DriveBackend> createDriveBackend(const QStringList &simulatePath
     const QStringList paths = simulatePaths.isEmpty() ? simulatePathsFromEnvironment() : simulatePaths;
     if (!paths.isEmpty())
         return SimulatedBackend::load(paths, errors);
+    if (auto system = createSystemBackend(errors))
+        return system;
+    return std::make_unique<SimulatedBackend>();
+}
+
+std::unique_ptr<DriveBackend> createSystemBackend(QStringList *errors)
+{
 #if defined(Q_OS_LINUX)
+    Q_UNUSED(errors);
     return LinuxBackendChoice::create();
 #elif defined(Q_OS_WIN)
     return std::make_unique<WindowsBackend>();
 #else
     if (errors)
         errors->append(QStringLiteral("No disk access for this platform in this build; use --simulate."));
-    return std::make_unique<SimulatedBackend>();
+    return nullptr;
 #endif
 }

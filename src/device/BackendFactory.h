@@ -13,3 +13,7 @@ QStringList simulatePathsFromEnvironment();
 /// empty, KORVANE_SIMULATE) names any, else the operating system's own.
 /// Files that cannot be loaded are reported in \a errors.
 std::unique_ptr<DriveBackend> createDriveBackend(const QStringList &simulatePaths, QStringList *errors);
+
+/// The operating system's own backend, whatever KORVANE_SIMULATE says: for reading a device or
+/// file the user named by its path. Nothing where this build has none (with the reason in \a errors).
+std::unique_ptr<DriveBackend> createSystemBackend(QStringList *errors);

@@ -45,6 +45,8 @@ public:
     const QList<DiskRecord> &disks() const { return m_disks; }
     /// The backend the disks are read through.
     DriveBackend &backend() const { return *m_backend; }
+    /// The same backend, for workers that must keep it alive (the surface scan).
+    std::shared_ptr<DriveBackend> sharedBackend() const { return m_backend; }
     /// True from start() until discovery and the first read have finished.
     bool isDiscovering() const { return m_discoveryBusy; }
 

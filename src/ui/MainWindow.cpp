@@ -9,8 +9,10 @@
 #include "EventsLogPage.h"
 #include "PlaceholderPage.h"
 #include "Prev_dlg.h"
+#include "ScanDiskPages.h"
 #include "SmartInfoPage.h"
 #include "TrayController.h"
+#include "smart_stat.h"
 #include "disk_status.h"
 #include "statusLine.h"
 #include "TemperatureGauge.h"
@@ -103,9 +105,10 @@ void MainWindow::buildPages()
 
     m_infoPage = new DiskInfoPage(this);
     m_smartPage = new SmartInfoPage(this);
-    m_scanPage = new PlaceholderPage(Lang::ScanPlaceholder, this);
+    m_scanPage = new ScanDiskPages(this);
+    connect(m_scanPage, &ScanDiskPages::intoLogFromScan, this, &MainWindow::writeIntoLogFromScan);
     m_eventsPage = new EventsLogPage(this);
-    m_statsPage = new PlaceholderPage(Lang::StatsPlaceholder, this);
+    m_statsPage = new smart_stat(this);
     m_tabs = new QTabWidget(this);
     m_tabs->addTab(m_infoPage, QString());
     m_tabs->addTab(m_smartPage, QString());
@@ -310,6 +313,7 @@ void MainWindow::get_devices_complette(const QList<DiskRecord> &disks, const QDa
     m_infoPage->statusHeading()->setText(WindowTexts::diskStatusHeading(when));
     m_infoPage->volumesHeading()->setText(WindowTexts::volumesHeading(when));
     m_tree->rebuild(disks, appSettings());
+    m_scanPage->setDisks(disks, m_monitor->sharedBackend());
     m_looking->hide();
     m_show->setEnabled(isHidden());
     m_refresh->setEnabled(true);
@@ -393,8 +397,10 @@ void MainWindow::on_treeWidget_currentItemChanged(QTreeWidgetItem *, QTreeWidget
 void MainWindow::showSelectedDisk()
 {
     const int index = m_tree->currentDisk();
+    m_statsPage->setCurrentDisk(index);
     if (index >= 0 && index < m_monitor->disks().size())
         m_infoPage->showDisk(m_monitor->disks().at(index));
+    m_scanPage->showDisk(index);
 }
 
 void MainWindow::show_temp_drive(int index)
@@ -602,6 +608,7 @@ void MainWindow::closeEvent(QCloseEvent *event)
         return;
     }
     emit closeApp();
+    m_scanPage->closeAll();
     QString error;
     if (!m_monitor->isDiscovering() && !SettingsStore::instance().save(m_monitor->disks(), &error))
         qWarning("Korvane: the settings were not saved: %s", qPrintable(error));

@@ -26,8 +26,10 @@ class QTabWidget;
 class QToolBar;
 class QToolButton;
 class QTreeWidgetItem;
+class ScanDiskPages;
 class SmartInfoPage;
 class TrayController;
+class smart_stat;
 class view_devices;
 struct DiskRecord;
 
@@ -127,9 +129,9 @@ private:
     QTabWidget *m_tabs = nullptr;
     DiskInfoPage *m_infoPage = nullptr;
     SmartInfoPage *m_smartPage = nullptr;
-    PlaceholderPage *m_scanPage = nullptr;
+    ScanDiskPages *m_scanPage = nullptr;
     EventsLogPage *m_eventsPage = nullptr;
-    PlaceholderPage *m_statsPage = nullptr;
+    smart_stat *m_statsPage = nullptr;
     view_devices *m_looking = nullptr;
     TrayController *m_tray = nullptr;
     QMenu *m_trayMenu = nullptr;

@@ -508,6 +508,31 @@ private slots:
         QVERIFY(!odd->geometry(q, g) && odd->diskLength(q, length));
         QCOMPARE(odd->deviceDescriptor(q, buffer.data(), 4096), -1);
     }
+
+    // A weak spot reads slowly; a disk that drops out fails every read after, and every open.
+    void surfaceSlowAndGone()
+    {
+        auto backend = loadJson(R"({"size": 1048576, "surface": {"disappearsAt": 1000,
+            "slowSectors": [{"first": 200, "last": 203, "latencyMs": 60}]}})");
+        const DiskHandle h = backend->openForRead("sim://0", false);
+        const DiskHandle other = backend->openForRead("sim://0", false);
+        std::vector<std::uint8_t> buffer(4096);
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(backend->readAt(h, 0, buffer.data(), 4096), 4096);
+        QVERIFY(timer.elapsed() < 50);
+        timer.restart();
+        QCOMPARE(backend->readAt(h, 196 * 512, buffer.data(), 4096), 4096); // touches sector 200
+        QVERIFY(timer.elapsed() >= 59);
+        QCOMPARE(backend->readAt(h, 999 * 512, buffer.data(), 1024), -1);
+        QCOMPARE(backend->readAt(other, 0, buffer.data(), 512), -1);
+        QCOMPARE(backend->openForRead("sim://0", false), kNoHandle);
+
+        loadJson(R"({"size": 1048576, "surface": {"slowSectors": [{"first": 5}]}})");
+        QCOMPARE(m_errors.size(), 1);
+        QVERIFY2(m_errors.at(0).contains(QLatin1String("surface.slowSectors[0]: needs first, last and latencyMs")),
+                 qPrintable(m_errors.at(0)));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestSimulatedBackend)

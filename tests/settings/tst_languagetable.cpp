@@ -31,7 +31,7 @@ private slots:
                                                             Lang::ColourNormal, Lang::Ok, Lang::SmtpPort, Lang::LevelOk,
                                                             Lang::LevelAlarm, Lang::AttrStatusColumn,
                                                             Lang::VolumesHeading, Lang::ColourCyan, Lang::ColourMagenta,
-                                                            Lang::AboutVersion});
+                                                            Lang::AboutVersion, Lang::BlockTitle, Lang::BlockLabel});
         QTest::newRow("Russian") << int(LanguageTable::Russian) << QString::fromUtf8("Русский") << everywhere;
     }
     void translationsAreComplete()

@@ -1,6 +1,8 @@
 #include "CtlOptions.h"
+#include "HistoryCommand.h"
 #include "InfoCommand.h"
 #include "MonitorCommand.h"
+#include "ScanCommand.h"
 
 #include "settings/AppVersion.h"
 
@@ -36,5 +38,9 @@ int main(int argc, char *argv[])
         return InfoCommand::run(*options);
     if (options->command == QLatin1String("monitor"))
         return MonitorCommand::run(*options);
+    if (options->command == QLatin1String("scan"))
+        return ScanCommand::run(*options);
+    if (options->command == QLatin1String("history"))
+        return HistoryCommand::run(*options);
     return 2;
 }

@@ -5,7 +5,13 @@
 #include "ui/DiskTree.h"
 #include "ui/MainWindow.h"
 #include "ui/Prev_dlg.h"
+#include "ui/ScanDiskPages.h"
+#include "ui/form_scan_set.h"
+#include "ui/paintblock.h"
+#include "ui/scandisk.h"
+#include "ui/show_block.h"
 #include "ui/UiFont.h"
+#include "ui/smart_stat.h"
 
 #include "KorvaneImages.h"
 #include "device/BackendFactory.h"
@@ -15,11 +21,14 @@
 #include "settings/LanguageTable.h"
 #include "settings/PreferencesApply.h"
 #include "settings/SettingsStore.h"
+#include "stats/GeneratedLog.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -104,6 +113,58 @@ bool shootModal(const std::function<void()> &open, const QString &path)
     return ok;
 }
 
+// Pictures the next modal window into \a path as soon as it is up, within \a timeoutMs; \a ok
+// says later whether it did.
+void shootNextModal(const QString &path, int timeoutMs, bool &ok)
+{
+    auto *poll = new QTimer;
+    auto *clock = new QElapsedTimer;
+    clock->start();
+    QObject::connect(poll, &QTimer::timeout, [poll, clock, path, timeoutMs, &ok] {
+        QWidget *modal = QApplication::activeModalWidget();
+        if (!modal && clock->elapsed() < timeoutMs)
+            return;
+        ok = modal && save(*modal, path);
+        if (modal)
+            modal->close();
+        poll->deleteLater();
+        delete clock;
+    });
+    poll->start(100);
+}
+
+// The archive disk's scan page: a scan of its first 200 blocks, which finds bad and slow
+// places, while it runs; the completion dialog, the map in both colourings and a bad block's
+// details.
+bool shootScan(MainWindow &window, const QString &folder, const QString &language)
+{
+    constexpr int kArchive = 2;
+    auto *tree = window.findChild<DiskTree *>();
+    tree->setCurrentItem(tree->topLevelItem(kArchive));
+    auto *tabs = window.findChild<QTabWidget *>();
+    tabs->setCurrentIndex(2);
+    scandisk *page = window.findChild<ScanDiskPages *>()->page(kArchive);
+    page->form()->latencyBox->setChecked(false);
+    page->form()->spinBox_2->setValue(200 * 61440 - 1);
+    bool dialogShot = false;
+    shootNextModal(QStringLiteral("%1/scan-complete-%2.png").arg(folder, language), 60000, dialogShot);
+    page->form()->pushButton->click();
+    wait(400);
+    bool ok = save(window, QStringLiteral("%1/scan-running-%2.png").arg(folder, language));
+    while (page->isScanning() || QApplication::activeModalWidget())
+        wait(100);
+    wait(100);
+    ok &= save(window, QStringLiteral("%1/scan-map-%2.png").arg(folder, language));
+    page->form()->latencyBox->setChecked(true);
+    wait(100);
+    ok &= save(window, QStringLiteral("%1/scan-latency-%2.png").arg(folder, language));
+    ok &= shootModal([&] { show_block(page->blockMap()->map(), 5, page).exec(); },
+                     QStringLiteral("%1/scan-block-%2.png").arg(folder, language));
+    tree->setCurrentItem(tree->topLevelItem(0));
+    tabs->setCurrentIndex(0);
+    return ok && dialogShot;
+}
+
 // The settings forms and the exports' message boxes, in the current language.
 bool shootForms(MainWindow &window, const QString &folder, const QString &language)
 {
@@ -144,7 +205,43 @@ bool shootLanguage(MainWindow &window, const QString &folder, const QString &lan
     about.close();
     ok &= shootModal([&] { window.registrationApp(); }, QStringLiteral("%1/register-%2.png").arg(folder, language));
     ok &= shootForms(window, folder, language);
+    ok &= shootScan(window, folder, language);
     return ok & shootPreferences(window, folder, language);
+}
+
+// The statistics page over the generated history: both tabs for a day, a month and a year (the
+// month alone in \a allPeriods' absence), and the graph settings form.
+bool shootStatistics(MainWindow &window, const QString &folder, const QString &language, bool allPeriods)
+{
+    struct Period
+    {
+        QString name;
+        QDate from;
+        QDate to;
+    };
+    const QList<Period> periods = {{QStringLiteral("day"), QDate(2026, 3, 31), QDate(2026, 3, 31)},
+                                   {QStringLiteral("month"), QDate(2026, 3, 1), QDate(2026, 3, 31)},
+                                   {QStringLiteral("year"), QDate(2025, 4, 1), QDate(2026, 3, 31)}};
+    auto *tabs = window.findChild<QTabWidget *>();
+    auto *page = window.findChild<smart_stat *>();
+    tabs->setCurrentWidget(page);
+    bool ok = true;
+    for (const Period &period : periods) {
+        if (!allPeriods && period.name != QLatin1String("month"))
+            continue;
+        QSignalSpy done(page, &smart_stat::readingDone);
+        page->showPeriod(period.from, period.to);
+        ok &= done.wait(60000);
+        for (int tab = 0; tab < page->tabs()->count(); ++tab) {
+            page->tabs()->setCurrentIndex(tab);
+            wait(100);
+            ok &= save(window, QStringLiteral("%1/statistics-%2-%3-%4.png")
+                                   .arg(folder, language, period.name, tab == 0 ? QStringLiteral("events") : QStringLiteral("graph")));
+        }
+    }
+    ok &= shootModal([&] { page->openGraphSettings(); }, QStringLiteral("%1/graph-settings-%2.png").arg(folder, language));
+    tabs->setCurrentIndex(0);
+    return ok;
 }
 
 } // namespace
@@ -185,9 +282,12 @@ int main(int argc, char *argv[])
     const QList<QPair<int, QString>> languages = {{LanguageTable::English, QStringLiteral("en")},
                                                  {LanguageTable::German, QStringLiteral("de")},
                                                  {LanguageTable::Russian, QStringLiteral("ru")}};
+    // A year of history for the statistics page: four disks polled every five minutes.
+    ok &= GeneratedLog::write(SettingsStore::instance().eventLogPath(), {QDate(2025, 4, 1), QDate(2026, 3, 31), 4, 300, 20});
     for (const auto &[index, name] : languages) {
         SettingsStore::instance().setLanguage(index);
         ok &= shootLanguage(window, folder, name);
+        ok &= shootStatistics(window, folder, name, name == QLatin1String("en"));
     }
     // The last demo disk has no SMART: its panel and status line differ from the others.
     auto *tree = window.findChild<DiskTree *>();

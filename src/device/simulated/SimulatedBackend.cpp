@@ -184,7 +184,14 @@ struct SimulatedBackend::Private
     std::mutex mutex;
     std::map<DiskHandle, OpenHandle> handles;
     std::vector<quint64> polls;
+    std::vector<char> gone; ///< per disk: it has disappeared, and opens and reads fail
     DiskHandle nextHandle = 1;
+
+    bool isGone(std::size_t disk)
+    {
+        std::lock_guard lock(mutex);
+        return gone[disk] != 0;
+    }
 
     const SimulatedDisk *diskNumbered(int number) const
     {
@@ -217,6 +224,8 @@ struct SimulatedBackend::Private
         if (!disk || disk->openFails)
             return kNoHandle;
         std::lock_guard lock(mutex);
+        if (gone[std::size_t(disk - disks.data())])
+            return kNoHandle;
         const DiskHandle handle = nextHandle++;
         handles[handle] = OpenHandle{std::size_t(disk - disks.data()), std::make_shared<std::atomic<bool>>(false)};
         return handle;
@@ -258,6 +267,7 @@ std::unique_ptr<SimulatedBackend> SimulatedBackend::load(const QStringList &path
     Private &p = *backend->d;
     p.disks = placeDisks(loaded, report);
     p.polls.assign(p.disks.size(), 0);
+    p.gone.assign(p.disks.size(), 0);
     for (std::size_t i = 0; i < p.disks.size(); ++i) {
         for (std::size_t v = 0; v < p.disks[i].volumes.size(); ++v) {
             const std::string name = "\\\\?\\Volume{sim-" + std::to_string(p.disks[i].number) + "-" + std::to_string(v) + "}\\";
@@ -465,7 +475,12 @@ DiskHandle SimulatedBackend::openForRead(const std::string &path, bool directIo)
 {
     // Simulated sectors have no cache to go around.
     Q_UNUSED(directIo);
-    return d->open(path);
+    const DiskHandle handle = d->open(path);
+    if (handle != kNoHandle && d->diskOf(handle)->scanLocked) {
+        closeDisk(handle);
+        return kNoHandle;
+    }
+    return handle;
 }
 
 std::int64_t SimulatedBackend::readAt(DiskHandle handle, std::uint64_t offset, std::uint8_t *buffer,
@@ -478,9 +493,13 @@ std::int64_t SimulatedBackend::readAt(DiskHandle handle, std::uint64_t offset, s
     if (offset >= disk.sizeBytes)
         return 0;
     const std::uint32_t count = std::uint32_t(std::min<std::uint64_t>(length, disk.sizeBytes - offset));
-    if (disk.readLatencyMs > 0)
-        waitUnlessCancelled(disk.readLatencyMs, d->hangsCancelled, *open->closed);
-    if (open->closed->load() || disk.hasBadSector(offset, count))
+    if (const double latency = disk.readLatencyFor(offset, count); latency > 0)
+        waitUnlessCancelled(latency, d->hangsCancelled, *open->closed);
+    if (disk.disappearsWith(offset, count)) {
+        std::lock_guard lock(d->mutex);
+        d->gone[open->disk] = 1;
+    }
+    if (open->closed->load() || d->isGone(open->disk) || disk.hasBadSector(offset, count))
         return -1;
     std::memset(buffer, 0, count);
     return count;

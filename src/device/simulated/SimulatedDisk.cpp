@@ -41,6 +41,25 @@ bool SimulatedDisk::hasBadSector(std::uint64_t offset, std::uint64_t length) con
                        [&](const auto &range) { return range.first <= last && range.second >= first; });
 }
 
+double SimulatedDisk::readLatencyFor(std::uint64_t offset, std::uint64_t length) const
+{
+    double latency = readLatencyMs;
+    if (length == 0)
+        return latency;
+    const std::uint64_t first = offset / kSectorBytes;
+    const std::uint64_t last = (offset + length - 1) / kSectorBytes;
+    for (const SlowSectors &slow : slowSectors) {
+        if (slow.first <= last && slow.last >= first)
+            latency = std::max(latency, slow.latencyMs);
+    }
+    return latency;
+}
+
+bool SimulatedDisk::disappearsWith(std::uint64_t offset, std::uint64_t length) const
+{
+    return disappearsAt && length > 0 && (offset + length - 1) / kSectorBytes >= *disappearsAt;
+}
+
 Sector SimulatedDisk::smartDataAt(quint64 poll) const
 {
     Sector sector = smartData.value_or(Sector{});

@@ -22,6 +22,14 @@ struct SimulatedVolume
 };
 
 /// An attribute slot whose values move from poll to poll.
+/// Sectors that read slowly, as a weak spot of the surface does.
+struct SlowSectors
+{
+    std::uint64_t first = 0;  ///< first sector, inclusive
+    std::uint64_t last = 0;   ///< last sector, inclusive
+    double latencyMs = 0;     ///< what a read touching them waits
+};
+
 struct ChangingAttribute
 {
     int slot = 0;
@@ -67,12 +75,15 @@ public:
     std::vector<SimulatedVolume> volumes;
 
     bool openFails = false;
+    bool scanLocked = false; ///< another program holds it for writing: the read-only open of the scan fails
     int firstPath = AtaPassThroughPath; ///< paths below this one refuse every command
     int failingQueries = 0;             ///< SimulatedQuery bits
     double hangSeconds = 0;             ///< a SMART READ DATA that hangs waits this long
     QList<quint64> hangPolls;           ///< polls that hang; empty means every poll
     std::vector<std::pair<std::uint64_t, std::uint64_t>> badSectors; ///< inclusive LBA ranges
     double readLatencyMs = 0;
+    std::vector<SlowSectors> slowSectors;     ///< ranges that read slower than the rest
+    std::optional<std::uint64_t> disappearsAt; ///< a read reaching this sector makes the disk vanish
 
     Sector identify{};
     std::optional<Sector> smartData;   ///< the sector at poll 0 before the changing slots are filled
@@ -89,6 +100,10 @@ public:
     bool hangsAt(quint64 poll) const;
     /// Whether any sector of the byte range lies in a bad range.
     bool hasBadSector(std::uint64_t offset, std::uint64_t length) const;
+    /// Milliseconds a read of the byte range waits: the slowest range it touches, or the disk's own.
+    double readLatencyFor(std::uint64_t offset, std::uint64_t length) const;
+    /// Whether a read of the byte range reaches the sector at which the disk disappears.
+    bool disappearsWith(std::uint64_t offset, std::uint64_t length) const;
 
     /// The SMART READ DATA sector answered at poll \a poll, checksum included.
     Sector smartDataAt(quint64 poll) const;

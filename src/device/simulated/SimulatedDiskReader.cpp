@@ -161,6 +161,7 @@ private:
     void readBehaviour(const QJsonValue &value);
     void readVolumes(const QJsonValue &value);
     void readSurface(const QJsonValue &value);
+    void readSlowSectors(const QJsonValue &value, const QString &field);
     std::optional<ValueSchedule> schedule(const QJsonValue &value, const QString &field, qint64 highest);
     std::optional<QByteArray> identityText(const QJsonObject &identity, const char *key, int length);
 
@@ -554,13 +555,14 @@ void DescriptionParser::readBehaviour(const QJsonValue &value)
     const QString field = QStringLiteral("behaviour");
     const auto behaviour = m_fields.section(value, field,
                                             {QStringLiteral("openFails"), QStringLiteral("firstPath"), QStringLiteral("failingQueries"),
-                                             QStringLiteral("hang")});
+                                             QStringLiteral("hang"), QStringLiteral("scanLocked")});
     if (!behaviour)
         return;
     auto at = [&](const char *key) { return JsonFields::child(field, QLatin1String(key)); };
     auto valueOf = [&](const char *key) { return behaviour->value(QLatin1String(key)); };
 
     m_disk.openFails = m_fields.boolean(valueOf("openFails"), at("openFails")).value_or(false);
+    m_disk.scanLocked = m_fields.boolean(valueOf("scanLocked"), at("scanLocked")).value_or(false);
     m_disk.firstPath = int(m_fields.integer(valueOf("firstPath"), at("firstPath"), 0, 3).value_or(0));
 
     static const QList<std::pair<QString, int>> queries = {
@@ -646,17 +648,24 @@ void DescriptionParser::readVolumes(const QJsonValue &value)
 void DescriptionParser::readSurface(const QJsonValue &value)
 {
     const QString field = QStringLiteral("surface");
-    const auto surface = m_fields.section(value, field, {QStringLiteral("badSectors"), QStringLiteral("readLatencyMs")});
+    const auto surface = m_fields.section(value, field, {QStringLiteral("badSectors"), QStringLiteral("readLatencyMs"),
+                                                         QStringLiteral("slowSectors"), QStringLiteral("disappearsAt")});
     if (!surface)
         return;
     const QString latencyField = JsonFields::child(field, QStringLiteral("readLatencyMs"));
     m_disk.readLatencyMs = m_fields.number(surface->value(QLatin1String("readLatencyMs")), latencyField, 0, 10000).value_or(0);
+    const qint64 lastSector = qint64(m_disk.sizeBytes / 512) - 1;
+    const QJsonValue gone = surface->value(QLatin1String("disappearsAt"));
+    if (!gone.isUndefined()) {
+        if (const auto sector = m_fields.integer(gone, JsonFields::child(field, QStringLiteral("disappearsAt")), 0, lastSector))
+            m_disk.disappearsAt = quint64(*sector);
+    }
+    readSlowSectors(surface->value(QLatin1String("slowSectors")), JsonFields::child(field, QStringLiteral("slowSectors")));
 
     const QString badField = JsonFields::child(field, QStringLiteral("badSectors"));
     const auto bad = m_fields.array(surface->value(QLatin1String("badSectors")), badField);
     if (!bad)
         return;
-    const qint64 lastSector = qint64(m_disk.sizeBytes / 512) - 1;
     for (qsizetype i = 0; i < bad->size(); ++i) {
         const QString itemField = JsonFields::item(badField, i);
         const QJsonValue item = bad->at(i);
@@ -673,6 +682,33 @@ void DescriptionParser::readSurface(const QJsonValue &value)
         }
         if (first && last)
             m_disk.badSectors.emplace_back(quint64(*first), quint64(*last));
+    }
+}
+
+void DescriptionParser::readSlowSectors(const QJsonValue &value, const QString &field)
+{
+    const auto slow = m_fields.array(value, field);
+    if (!slow)
+        return;
+    const qint64 lastSector = qint64(m_disk.sizeBytes / 512) - 1;
+    for (qsizetype i = 0; i < slow->size(); ++i) {
+        const QString itemField = JsonFields::item(field, i);
+        const auto range = m_fields.section(slow->at(i), itemField,
+                                            {QStringLiteral("first"), QStringLiteral("last"), QStringLiteral("latencyMs")});
+        if (!range)
+            continue;
+        if (!range->contains(QLatin1String("first")) || !range->contains(QLatin1String("last"))
+            || !range->contains(QLatin1String("latencyMs"))) {
+            m_fields.fail(itemField, QStringLiteral("needs first, last and latencyMs"));
+            return;
+        }
+        const auto first = m_fields.integer(range->value(QLatin1String("first")), JsonFields::child(itemField, QStringLiteral("first")), 0, lastSector);
+        const auto last = m_fields.integer(range->value(QLatin1String("last")), JsonFields::child(itemField, QStringLiteral("last")),
+                                           first.value_or(0), lastSector);
+        const auto latency = m_fields.number(range->value(QLatin1String("latencyMs")),
+                                             JsonFields::child(itemField, QStringLiteral("latencyMs")), 0, 10000);
+        if (first && last && latency)
+            m_disk.slowSectors.push_back(SlowSectors{quint64(*first), quint64(*last), *latency});
     }
 }
 

@@ -137,6 +137,32 @@ def check_volume(c, disk, statfs, args):
         c.equal("volume freeBytes", v.get("freeBytes"), block * available)
 
 
+def check_scan(c, report, args):
+    """The surface scan read every sector, found nothing bad, and changed nothing."""
+    c.context = "scan: "
+    c.equal("exit status", report.get("scan-exit", "").strip(), "0")
+    c.equal("stderr", report.get("scan-stderr", "").strip(), "")
+    try:
+        scan = json.loads(report.get("scan", ""))
+    except ValueError as e:
+        c.true(f"unreadable scan JSON ({e})", False)
+        return
+    sectors = args.capacity // 512
+    c.equal("sectorsScanned", scan.get("sectorsScanned"), sectors)
+    c.equal("blocksScanned", scan.get("blocksScanned"), -(-sectors // 61440))
+    c.equal("badRanges", scan.get("badRanges"), [])
+    c.equal("openFailed", scan.get("openFailed"), False)
+    c.context = "scan through a read-only node: "
+    text = report.get("scan-readonly-node", "")
+    c.true(f"completes: {text!r}", f"Scan Disk Complete\nTotal Blocks scanned: {-(-sectors // 61440)}\n"
+                                   f"Total Sectors scanned: {sectors}\n" in text)
+    c.equal("exit status", report.get("scan-readonly-node-exit", "").strip(), "0")
+    before = report.get("scan-before", "").split()[:1]
+    c.context = "scan: "
+    c.true(f"the disk's checksum is unchanged: {before} before, {report.get('scan-after', '').split()[:1]} after",
+           before and before == report.get("scan-after", "").split()[:1])
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     for option in ("machine", "report", "model", "serial", "firmware", "label", "uuid", "mount"):
@@ -179,6 +205,7 @@ def main():
     c.context = "no access: "
     text = report.get("unprivileged", "")
     c.true(f"names /dev/sda and the fix: {text!r}", "/dev/sda" in text and "korvane package" in text)
+    check_scan(c, report, args)
     return c.finish()
 
 
