@@ -209,7 +209,9 @@ run_vm() {
         ahci) controller=(-device ahci,id=ahci -device "$hd,bus=ahci.0") ;;
     esac
     rm -f "$work/report-$name.txt"
-    timeout "$timeout_s" qemu-system-x86_64 -accel tcg -M pc -m 512 -smp 1 \
+    # The root file system lives in RAM and holds korvanectl twice (the copy that gets the
+    # capabilities): a sanitizer build of it alone is some 60 MB.
+    timeout "$timeout_s" qemu-system-x86_64 -accel tcg -M pc -m 1024 -smp 1 \
         -nodefaults -no-user-config -display none -no-reboot \
         -kernel "$vmlinuz" -initrd "$work/initramfs.cpio" \
         -append "console=ttyS0 panic=-1 quiet" \
