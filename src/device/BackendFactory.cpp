@@ -48,6 +48,7 @@ std::unique_ptr<DriveBackend> createSystemBackend(QStringList *errors)
     Q_UNUSED(errors);
     return LinuxBackendChoice::create();
 #elif defined(Q_OS_WIN)
+    Q_UNUSED(errors);
     return std::make_unique<WindowsBackend>();
 #else
     if (errors)
