@@ -69,7 +69,6 @@ SmtpClient::SmtpClient(QObject *parent)
     connect(&m_replyTimer, &QTimer::timeout, this, &SmtpClient::replyTimedOut);
     connect(m_socket, &QSslSocket::readyRead, this, &SmtpClient::readyRead);
     connect(m_socket, &QSslSocket::errorOccurred, this, &SmtpClient::displayError);
-    connect(m_socket, &QSslSocket::connected, this, &SmtpClient::connected);
     connect(m_socket, &QSslSocket::encrypted, this, &SmtpClient::encrypted);
     connect(m_socket, &QSslSocket::sslErrors, this, [this](const QList<QSslError> &errors) { m_sslErrors = errors; });
 }
@@ -120,10 +119,6 @@ void SmtpClient::start(const SmtpParams &params, const QString &message, bool te
         m_socket->connectToHostEncrypted(params.server, quint16(params.port));
     else
         m_socket->connectToHost(params.server, quint16(params.port));
-}
-
-void SmtpClient::connected()
-{
 }
 
 void SmtpClient::encrypted()
@@ -256,7 +251,7 @@ void SmtpClient::displayError(QAbstractSocket::SocketError socketError)
 {
     if (!m_inProgress)
         return;
-    if (m_state == Done && m_delivered) {
+    if (m_delivered) {
         // Gone before saying goodbye, but after taking the message.
         pass();
         return;
@@ -289,7 +284,7 @@ void SmtpClient::replyTimedOut()
 {
     if (!m_inProgress)
         return;
-    if (m_state == Done) {
+    if (m_delivered) {
         // The server took the message and only the goodbye is missing.
         pass();
         return;
@@ -312,12 +307,11 @@ void SmtpClient::pass()
 void SmtpClient::fail(const QString &eventText, const QString &testText)
 {
     m_socket->abort();
-    m_state = Done;
     if (m_test)
         emit transcriptLine(testText);
     else
         emit failed(EventLine{EventLineKind::MailError, eventText});
-    end(m_delivered);
+    end(false);
 }
 
 void SmtpClient::end(bool delivered)

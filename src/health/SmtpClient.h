@@ -51,7 +51,6 @@ signals:
 private slots:
     void readyRead();
     void displayError(QAbstractSocket::SocketError socketError);
-    void connected();
     void encrypted();
     void replyTimedOut();
 
@@ -82,5 +81,5 @@ private:
     int m_state = 9;
     bool m_inProgress = false;
     bool m_test = false;
-    bool m_delivered = false;
+    bool m_delivered = false; ///< the server took the message; only the goodbye is left
 };
