@@ -6,7 +6,8 @@
 # tests/device/qemu/compare_vm_report.py then checks the two reports against each other and
 # against what the VM was given: identity, capacity, SMART support, every attribute, and the
 # ext2 volume on the disk (label, serial, mount point, space). Last, korvanectl scan reads the
-# whole disk twice, and the disk's checksum before and after proves that it wrote nothing.
+# whole disk twice, and the disk's checksum before and after proves that it wrote nothing; then
+# it scans a scsi_debug disk with ten unreadable sectors, which it must find and place.
 #
 #   scripts/qemu-ata-test.sh --korvanectl PATH [--work DIR] [--keep] [piix] [ahci]
 #
@@ -101,6 +102,10 @@ add_program "$(command -v setcap)" /usr/sbin/setcap
 # in Debian's kernel.
 : > "$root/mods/order"
 for m in ata_piix ahci sd_mod ext4 crc32c_generic; do qemu_add_module "$m"; done
+# scsi_debug stands for a disk with unreadable sectors. It is loaded last, by hand, so that
+# the ATA disk stays /dev/sda.
+qemu_add_module scsi_debug
+sed -i '/^scsi_debug\.ko$/d' "$root/mods/order"
 
 # The mount point has a space so that the mount table's escapes (\040) are exercised.
 cat > "$root/init" <<'EOF'
@@ -166,6 +171,15 @@ mount -t ext2 /dev/sda1 "/mnt/kv data" || echo "mount of /dev/sda1 failed"
     chmod 0600 /dev/sda
     echo "=== scan-after"
     md5sum /dev/sda
+    # Ten sectors from 4660 answer every read with a medium error. Two map blocks: errors in
+    # the first are counted when the scan moves on, those in the last one never are.
+    insmod /mods/scsi_debug.ko dev_size_mb=40 opts=2 medium_error_start=4660 medium_error_count=10
+    i=0
+    while [ ! -b /dev/sdb ] && [ $i -lt 300 ]; do sleep 0.1; i=$((i + 1)); done
+    for size in 65536 512; do
+        echo "=== scan-bad-$size"
+        korvanectl scan /dev/sdb --block-size $size --json 2>&1
+    done
     echo "=== end"
 } > /dev/ttyS1 2>&1
 poweroff -f

@@ -136,6 +136,13 @@ public:
     /// Reads length bytes at a byte offset; bytes read, or -1 on a read error.
     virtual std::int64_t readAt(DiskHandle handle, std::uint64_t offset, std::uint8_t *buffer,
                                 std::uint32_t length) = 0;
+    /// Reads length bytes at a byte offset only to learn that they can be read; \a scratch
+    /// (length bytes) may or may not receive them. Bytes read, or -1 on a read error.
+    virtual std::int64_t verifyAt(DiskHandle handle, std::uint64_t offset, std::uint8_t *scratch,
+                                  std::uint32_t length)
+    {
+        return readAt(handle, offset, scratch, length);
+    }
 
     /// One line per disk that was there but could not be read, with the reason
     /// ("/dev/sda: ..."), collected over the backend's lifetime; empty when

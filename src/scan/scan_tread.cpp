@@ -75,7 +75,7 @@ bool scan_tread::readChunk(DiskHandle handle, qint64 start, qint64 end, qint64 &
     const quint32 length = start == end ? quint32(kSectorBytes)
                                         : quint32(qMin<qint64>(m_blockSize, (end - start + 1) * kSectorBytes));
     const auto began = std::chrono::steady_clock::now();
-    const std::int64_t got = m_backend->readAt(handle, std::uint64_t(start) * kSectorBytes, m_buffer.get(), length);
+    const std::int64_t got = m_backend->verifyAt(handle, std::uint64_t(start) * kSectorBytes, m_buffer.get(), length);
     micros = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - began).count();
     // A short read (the end of the device, a disk gone) is a failure, not a partial success.
     return got == std::int64_t(length);

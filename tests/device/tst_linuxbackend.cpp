@@ -49,6 +49,8 @@ public:
     int closed = -1;
     QByteArray media;                      // what pread reads, at most 1536 bytes a call
     bool failReads = false;
+    bool refuseDiscard = false;            // as a file system without splicing does
+    int discards = 0;
 
     int open(const std::string &path, int flags) override
     {
@@ -67,6 +69,14 @@ public:
         const QByteArray part = media.mid(offset, qsizetype(std::min<std::size_t>(length, 1536)));
         std::memcpy(buffer, part.constData(), std::size_t(part.size()));
         return part.size();
+    }
+
+    ssize_t discard(int, std::size_t length, off_t offset) override
+    {
+        if (refuseDiscard)
+            return -EINVAL;
+        ++discards;
+        return failReads ? -EIO : qMin<qsizetype>(qsizetype(std::min<std::size_t>(length, 1536)), qMax<qsizetype>(media.size() - offset, 0));
     }
 
     int ioctl(int fd, unsigned long request, void *arg) override
@@ -441,6 +451,36 @@ private slots:
         QCOMPARE(m_backend->readAt(h, 8192, buffer, 4096), std::int64_t(2048)); // the end of the disk
         m_system->failReads = true;
         QCOMPARE(m_backend->readAt(h, 0, buffer, 512), std::int64_t(-1));
+        // Direct I/O cannot be spliced: a verify reads into the buffer.
+        QCOMPARE(m_backend->verifyAt(h, 0, buffer, 512), std::int64_t(-1));
+        QCOMPARE(m_system->discards, 0);
+        m_backend->closeDisk(h);
+    }
+
+    void sectorChecks()
+    {
+        m_system->openResult["/dev/sda"] = 9;
+        m_system->media = QByteArray(10240, 'x');
+        const DiskHandle h = m_backend->openForRead("/dev/sda", false);
+        alignas(4096) static std::uint8_t scratch[4096];
+        std::memset(scratch, 0, sizeof scratch);
+
+        // Cached reads are checked without copying: short pieces are continued, the end of
+        // the disk gives a short count, an error anywhere fails the whole check.
+        QCOMPARE(m_backend->verifyAt(h, 512, scratch, 4096), std::int64_t(4096));
+        QCOMPARE(m_system->discards, 3);
+        QCOMPARE(scratch[0], std::uint8_t(0));
+        QCOMPARE(m_backend->verifyAt(h, 8192, scratch, 4096), std::int64_t(2048));
+        m_system->failReads = true;
+        QCOMPARE(m_backend->verifyAt(h, 0, scratch, 512), std::int64_t(-1));
+
+        // Where splicing is refused, the bytes are read into the scratch buffer instead.
+        m_system->failReads = false;
+        m_system->refuseDiscard = true;
+        QCOMPARE(m_backend->verifyAt(h, 512, scratch, 1024), std::int64_t(1024));
+        QCOMPARE(scratch[0], std::uint8_t('x'));
+        m_backend->closeDisk(h);
+        QCOMPARE(m_backend->verifyAt(h, 0, scratch, 512), std::int64_t(-1));
     }
 };
 

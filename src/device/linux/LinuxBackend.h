@@ -55,6 +55,8 @@ public:
     DiskHandle openForRead(const std::string &path, bool directIo) override;
     std::int64_t readAt(DiskHandle handle, std::uint64_t offset, std::uint8_t *buffer,
                         std::uint32_t length) override;
+    std::int64_t verifyAt(DiskHandle handle, std::uint64_t offset, std::uint8_t *scratch,
+                          std::uint32_t length) override;
 
 private:
     struct OpenDevice

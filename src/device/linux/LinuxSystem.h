@@ -23,6 +23,9 @@ public:
     virtual int ioctl(int fd, unsigned long request, void *argument) = 0;
     /// Bytes read (0 at the end), or -errno.
     virtual ssize_t pread(int fd, void *buffer, std::size_t length, off_t offset) = 0;
+    /// Reads like pread but keeps nothing: bytes read (0 at the end), or -errno;
+    /// -EINVAL when the descriptor cannot be read this way.
+    virtual ssize_t discard(int fd, std::size_t length, off_t offset) = 0;
 
     /// The running kernel.
     static std::shared_ptr<LinuxSystem> host();
