@@ -77,17 +77,45 @@ void HelperService::authorised(const QString &action, Work work)
     QDBusConnection bus = connection();
     setDelayedReply(true);
     callStarted();
-    m_authority->check(call.service(), action, [this, call, bus, work](bool allowed, const QString &refusal) {
+    const bool scan = action == QLatin1String(HelperProtocol::kScanAction);
+    if (scan && scanGranted(call.service()))
+        return run(call, bus, std::move(work));
+    m_authority->check(call.service(), action, [this, call, bus, work, scan](bool allowed, const QString &refusal) {
         if (!allowed) {
             bus.send(errorReply(call, HelperProtocol::kErrorNotAuthorized, refusal));
             callEnded();
             return;
         }
-        m_pool.start([this, call, bus, work]() mutable {
-            bus.send(work(call));
-            QMetaObject::invokeMethod(this, &HelperService::callEnded, Qt::QueuedConnection);
-        });
+        if (scan)
+            m_scanGrants.insert(call.service(), QDeadlineTimer(m_idle.intervalAsDuration()));
+        run(call, bus, work);
     });
+}
+
+void HelperService::run(const QDBusMessage &call, QDBusConnection bus, Work work)
+{
+    m_pool.start([this, call, bus, work]() mutable {
+        bus.send(work(call));
+        QMetaObject::invokeMethod(this, &HelperService::callEnded, Qt::QueuedConnection);
+    });
+}
+
+// A scan reads for hours in small pieces, and polkit keeps an administrator's password for five
+// minutes: asked at every piece, it would ask for the password again in the middle of the scan.
+// So a yes to the scan holds for the caller's connection (a unique bus name is never given to
+// anyone else while the bus runs) for as long as its reads keep coming, and lapses after the
+// same quiet time that ends the helper.
+bool HelperService::scanGranted(const QString &caller)
+{
+    const auto it = m_scanGrants.find(caller);
+    if (it == m_scanGrants.end())
+        return false;
+    if (it->hasExpired()) {
+        m_scanGrants.erase(it);
+        return false;
+    }
+    *it = QDeadlineTimer(m_idle.intervalAsDuration());
+    return true;
 }
 
 QList<QVariantMap> HelperService::ListDisks()

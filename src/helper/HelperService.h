@@ -3,6 +3,8 @@
 #include "HelperDiskList.h"
 
 #include <QByteArray>
+#include <QDeadlineTimer>
+#include <QHash>
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QList>
@@ -51,6 +53,8 @@ private:
     using Work = std::function<QDBusMessage(const QDBusMessage &call)>;
 
     void authorised(const QString &action, Work work);
+    void run(const QDBusMessage &call, QDBusConnection bus, Work work);
+    bool scanGranted(const QString &caller);
     void callStarted();
     void callEnded();
 
@@ -59,5 +63,6 @@ private:
     PolkitAuthority *m_authority;
     QTimer m_idle;
     int m_inFlight = 0;
+    QHash<QString, QDeadlineTimer> m_scanGrants; // by unique bus name: until when the grant holds
     QThreadPool m_pool;
 };

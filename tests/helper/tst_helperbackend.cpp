@@ -263,6 +263,42 @@ private slots:
         QVERIFY2(read.errorMessage().contains(ScanAction), qPrintable(read.errorMessage()));
     }
 
+    // A scan is authorised when it opens the disk, and once: polkit keeps a password for five
+    // minutes, a scan reads for hours. The yes belongs to this connection alone, lapses when its
+    // reads stop, and a no is a disk that does not open, never a disk full of bad sectors.
+    void aScanIsAuthorisedOnceWhenItOpens()
+    {
+        cleanup();
+        QVERIFY(startHelper(1000));
+        const std::string path = firstDisk().path;
+        const QString scanQuestion = ScanAction + QStringLiteral(" system-bus-name ") + m_bus->baseService();
+        const qsizetype asked = polkitLog().count(scanQuestion);
+        HelperBackend viaHelper(*m_bus);
+        const DiskHandle h = viaHelper.openForRead(path, false);
+        QVERIFY(h != kNoHandle);
+        allow({ReadAction});
+        std::vector<std::uint8_t> buffer(65536);
+        for (int i = 0; i < 20; ++i)
+            QCOMPARE(viaHelper.readAt(h, std::uint64_t(i) * 65536, buffer.data(), 65536), std::int64_t(65536));
+        QCOMPARE(polkitLog().count(scanQuestion), asked + 1);
+
+        QDBusConnection other = QDBusConnection::connectToBus(m_address, QStringLiteral("other"));
+        {
+            HelperBackend second(other);
+            QCOMPARE(second.openForRead(path, false), kNoHandle);
+            const QString report = AccessReport::lines(second, QStringLiteral("Korvane")).join(QLatin1Char('\n'));
+            QVERIFY2(report.contains(ScanAction), qPrintable(report));
+        }
+        QDBusConnection::disconnectFromBus(QStringLiteral("other"));
+
+        // SMART reads keep the helper running after the scan's reads stop; the grant lapses.
+        for (int i = 0; i < 6; ++i) {
+            QTest::qWait(250);
+            QVERIFY(callHelper(QStringLiteral("ListDisks"), {}).type() == QDBusMessage::ReplyMessage);
+        }
+        QCOMPARE(viaHelper.readAt(h, 0, buffer.data(), 512), std::int64_t(-1));
+    }
+
     void anIdleHelperLeaves()
     {
         cleanup();

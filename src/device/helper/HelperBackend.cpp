@@ -13,7 +13,8 @@ namespace {
 // A new list is asked for when discovery starts again; within one discovery pass the 26
 // probes use the same list.
 constexpr auto kListLifetime = std::chrono::seconds(5);
-// ListDisks may wait for an administrator's password typed into the desktop's agent.
+// ListDisks, and the first read of a scan, may wait for an administrator's password typed
+// into the desktop's agent.
 constexpr int kListTimeoutMs = 5 * 60 * 1000;
 // A command the drive does not answer ends in the kernel after 10 s; the reply comes soon after.
 constexpr int kCommandTimeoutMs = 30 * 1000;
@@ -162,7 +163,20 @@ DiskHandle HelperBackend::openDisk(const std::string &path)
 
 DiskHandle HelperBackend::openForRead(const std::string &path, bool)
 {
-    return openDisk(path);
+    const DiskHandle handle = openDisk(path);
+    if (handle == kNoHandle)
+        return kNoHandle;
+    // The scan's authorisation is asked for here, with the first sector: a refusal is then a
+    // disk that could not be opened, not a disk whose every sector failed. A sector that cannot
+    // be read is left for the scan to find.
+    const QDBusMessage reply = call(QStringLiteral("ReadSectors"), {QByteArray::fromStdString(path), 0ull, 512u},
+                                    kListTimeoutMs);
+    if (isNotAuthorised(reply) || isNoHelper(reply)) {
+        noteFailure(path, reply);
+        closeDisk(handle);
+        return kNoHandle;
+    }
+    return handle;
 }
 
 void HelperBackend::closeDisk(DiskHandle handle)
