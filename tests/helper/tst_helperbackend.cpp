@@ -180,6 +180,8 @@ private slots:
         QVERIFY(a == b);
     }
 
+    // The policy's cases are its own test's; here, that the helper applies it, and what only the
+    // helper decides: the register block, the disks it found.
     void refusedCommands_data()
     {
         QTest::addColumn<QByteArray>("disk");
@@ -188,9 +190,6 @@ private slots:
         QTest::addColumn<QString>("says");
         const QByteArray disk("sim://0");
         QTest::newRow("WRITE SECTORS") << disk << 0 << registers(0, 1, 0, 0, 0, 0xE0, 0x30) << "0x30";
-        QTest::newRow("SECURITY ERASE UNIT") << disk << 0 << registers(0, 0, 0, 0, 0, 0xA0, 0xF4) << "0xF4";
-        QTest::newRow("SMART WRITE LOG") << disk << 1 << registers(0xD6, 1, 1, 0x4F, 0xC2, 0xA0, 0xB0) << "0xD6";
-        QTest::newRow("SMART offline test") << disk << 0 << registers(0xD4, 0, 1, 0x4F, 0xC2, 0, 0xB0) << "0xD4";
         QTest::newRow("SMART READ DATA without the key") << disk << 0 << registers(0xD0, 1, 1, 0, 0, 0, 0xB0) << "0xB0";
         QTest::newRow("IDENTIFY with an address") << disk << 0 << registers(0, 1, 0, 0, 0, 0x4F, 0xEC) << "not allowed";
         QTest::newRow("SMART READ DATA of 255 sectors") << disk << 1 << registers(0xD0, 0xFF, 1, 0x4F, 0xC2, 0, 0xB0)
@@ -222,9 +221,7 @@ private slots:
         QTest::addColumn<uint>("length");
         QTest::addColumn<QString>("says");
         const QByteArray disk("sim://0");
-        QTest::newRow("past the end") << disk << qint64(0) << 0ull << 512u << "outside the disk";
         QTest::newRow("across the end") << disk << qint64(512) << 0ull << 1024u << "outside the disk";
-        QTest::newRow("wrapping round") << disk << qint64(-1) << (~0ull - 511) << 1024u << "outside the disk";
         QTest::newRow("half a sector") << disk << qint64(-1) << 100ull << 512u << "whole 512-byte sectors";
         QTest::newRow("nothing") << disk << qint64(-1) << 0ull << 0u << "whole 512-byte sectors";
         QTest::newRow("too much at once") << disk << qint64(-1) << 0ull << (2u << 20) << "at most";
