@@ -2,6 +2,8 @@
 // dbus-daemon of the test's own, a stand-in for polkit's authority (polkit_standin.py) and the
 // helper's test build over the demo disks, all run as the test user.
 
+#include "TestFiles.h"
+
 #include "TestEnv.h"
 
 #include "device/AccessReport.h"
@@ -66,9 +68,7 @@ class TestHelperBackend : public QObject
 
     void allow(const QStringList &actions)
     {
-        QFile file(m_dir.filePath(QStringLiteral("allow")));
-        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(actions.join(QLatin1Char('\n')).toUtf8());
+        QVERIFY(TestFiles::write(m_dir.filePath(QStringLiteral("allow")), actions.join(QLatin1Char('\n')).toUtf8()));
     }
 
     QStringList polkitLog()
@@ -118,14 +118,12 @@ private slots:
         if (QProcess::execute(Python, {QStringLiteral("-c"), QStringLiteral("from gi.repository import Gio")}) != 0)
             QSKIP("python3-gi is not installed (apt-get install python3-gi)");
         QVERIFY(m_dir.isValid());
-        QFile config(m_dir.filePath(QStringLiteral("bus.conf")));
-        QVERIFY(config.open(QIODevice::WriteOnly));
-        config.write(QStringLiteral("<busconfig><type>session</type><listen>unix:dir=%1</listen>"
+        const QString config = m_dir.filePath(QStringLiteral("bus.conf"));
+        QVERIFY(TestFiles::write(config, QStringLiteral("<busconfig><type>session</type><listen>unix:dir=%1</listen>"
                                     "<auth>EXTERNAL</auth><policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
-                                    "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>").arg(m_dir.path()).toUtf8());
-        config.close();
+                                    "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>").arg(m_dir.path()).toUtf8()));
         m_daemon.start(daemon, {QStringLiteral("--nofork"), QStringLiteral("--print-address"),
-                                QStringLiteral("--config-file=") + config.fileName()});
+                                QStringLiteral("--config-file=") + config});
         QVERIFY(m_daemon.waitForReadyRead(10000));
         m_address = QString::fromUtf8(m_daemon.readLine()).trimmed();
         m_bus = std::make_unique<QDBusConnection>(QDBusConnection::connectToBus(m_address, QStringLiteral("test")));

@@ -281,12 +281,10 @@ private slots:
     void unreadableDisksAreNamedBesideTheOthers()
     {
         QTemporaryDir dir;
-        QFile locked(dir.filePath(QStringLiteral("locked.json")));
-        QVERIFY(locked.open(QIODevice::WriteOnly));
-        locked.write(R"({"size": 1000204886016, "identity": {"model": "Locked One", "serial": "L1"},
-                    "behaviour": {"openFails": true}})");
-        locked.close();
-        MainWindow &window = openOn({TestEnv::demoDir() + QStringLiteral("/01-halvard-system.json"), locked.fileName()});
+        const QString locked = dir.filePath(QStringLiteral("locked.json"));
+        QVERIFY(TestFiles::write(locked, R"({"size": 1000204886016, "identity": {"model": "Locked One", "serial": "L1"},
+                                         "behaviour": {"openFails": true}})"));
+        MainWindow &window = openOn({TestEnv::demoDir() + QStringLiteral("/01-halvard-system.json"), locked});
         QVERIFY(nextEvaluation(window));
         QCOMPARE(window.findChild<DiskTree *>()->topLevelItemCount(), 1);
         // The readable disk is shown; the Events Log names the other and says what to do, in that order.
