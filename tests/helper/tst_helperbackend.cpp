@@ -2,9 +2,8 @@
 // dbus-daemon of the test's own, a stand-in for polkit's authority (polkit_standin.py) and the
 // helper's test build over the demo disks, all run as the test user.
 
-#include "TestFiles.h"
-
 #include "TestEnv.h"
+#include "TestFiles.h"
 
 #include "device/AccessReport.h"
 #include "device/AtaCommandIssuer.h"

@@ -202,7 +202,7 @@ private slots:
             press(dialog, QDialogButtonBox::Ok);
             QVERIFY(!dialog.isVisible());
         });
-        // Saved whole, with the disks' lines, and holding what the user changed.
+        // Saved whole, with the disks' lines (which field holds which value is fieldsCarryEverySetting's).
         QCOMPARE(TestFiles::read(SettingsStore::instance().settingsFilePath()),
                  SettingsFile::render(appSettings(), window.monitor()->disks()));
         // In force: the poll timer, the start at logon, the texts, the tray.
