@@ -316,12 +316,11 @@ private slots:
         QTemporaryDir dir;
         const QString fifo = dir.filePath(QStringLiteral("pipe.dump"));
         QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
-        QFile description(dir.filePath(QStringLiteral("over.json")));
-        QVERIFY(description.open(QIODevice::WriteOnly) && description.write(R"({"dump": "pipe.dump"})") > 0);
-        description.close();
+        const QString description = dir.filePath(QStringLiteral("over.json"));
+        QVERIFY(TestFiles::write(description, R"({"dump": "pipe.dump"})"));
 
         QStringList errors;
-        auto loading = std::async(std::launch::async, [&] { return SimulatedBackend::load({fifo, description.fileName()}, &errors); });
+        auto loading = std::async(std::launch::async, [&] { return SimulatedBackend::load({fifo, description}, &errors); });
         int blocked = 0;
         while (loading.wait_for(std::chrono::seconds(5)) != std::future_status::ready) {
             ::close(::open(QFile::encodeName(fifo).constData(), O_WRONLY | O_NONBLOCK)); // frees a blocked open

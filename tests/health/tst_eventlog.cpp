@@ -98,11 +98,7 @@ private slots:
     void writeAppendsLinesInTheLocalEncoding()
     {
         const QString path = m_dir.filePath(QStringLiteral("KV_f.log"));
-        {
-            QFile f(path);
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write("20000101000000]![earlier session\n");
-        }
+        QVERIFY(TestFiles::write(path, "20000101000000]![earlier session\n"));
         const QDateTime start = QDateTime::currentDateTime();
         QVERIFY(EventLogWriter(path).writeLog(EventLogRecord::sessionStartedBody()));
         EventLogWriter second(path); // a new writer appends, it does not truncate

@@ -3,6 +3,7 @@
 // helper's test build over the demo disks, all run as the test user.
 
 #include "TestEnv.h"
+#include "TestFiles.h"
 
 #include "device/AccessReport.h"
 #include "device/AtaCommandIssuer.h"
@@ -66,9 +67,7 @@ class TestHelperBackend : public QObject
 
     void allow(const QStringList &actions)
     {
-        QFile file(m_dir.filePath(QStringLiteral("allow")));
-        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(actions.join(QLatin1Char('\n')).toUtf8());
+        QVERIFY(TestFiles::write(m_dir.filePath(QStringLiteral("allow")), actions.join(QLatin1Char('\n')).toUtf8()));
     }
 
     QStringList polkitLog()
@@ -118,14 +117,12 @@ private slots:
         if (QProcess::execute(Python, {QStringLiteral("-c"), QStringLiteral("from gi.repository import Gio")}) != 0)
             QSKIP("python3-gi is not installed (apt-get install python3-gi)");
         QVERIFY(m_dir.isValid());
-        QFile config(m_dir.filePath(QStringLiteral("bus.conf")));
-        QVERIFY(config.open(QIODevice::WriteOnly));
-        config.write(QStringLiteral("<busconfig><type>session</type><listen>unix:dir=%1</listen>"
+        const QString config = m_dir.filePath(QStringLiteral("bus.conf"));
+        QVERIFY(TestFiles::write(config, QStringLiteral("<busconfig><type>session</type><listen>unix:dir=%1</listen>"
                                     "<auth>EXTERNAL</auth><policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
-                                    "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>").arg(m_dir.path()).toUtf8());
-        config.close();
+                                    "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>").arg(m_dir.path()).toUtf8()));
         m_daemon.start(daemon, {QStringLiteral("--nofork"), QStringLiteral("--print-address"),
-                                QStringLiteral("--config-file=") + config.fileName()});
+                                QStringLiteral("--config-file=") + config});
         QVERIFY(m_daemon.waitForReadyRead(10000));
         m_address = QString::fromUtf8(m_daemon.readLine()).trimmed();
         m_bus = std::make_unique<QDBusConnection>(QDBusConnection::connectToBus(m_address, QStringLiteral("test")));
@@ -180,6 +177,8 @@ private slots:
         QVERIFY(a == b);
     }
 
+    // The policy's cases are its own test's; here, that the helper applies it, and what only the
+    // helper decides: the register block, the disks it found.
     void refusedCommands_data()
     {
         QTest::addColumn<QByteArray>("disk");
@@ -188,9 +187,6 @@ private slots:
         QTest::addColumn<QString>("says");
         const QByteArray disk("sim://0");
         QTest::newRow("WRITE SECTORS") << disk << 0 << registers(0, 1, 0, 0, 0, 0xE0, 0x30) << "0x30";
-        QTest::newRow("SECURITY ERASE UNIT") << disk << 0 << registers(0, 0, 0, 0, 0, 0xA0, 0xF4) << "0xF4";
-        QTest::newRow("SMART WRITE LOG") << disk << 1 << registers(0xD6, 1, 1, 0x4F, 0xC2, 0xA0, 0xB0) << "0xD6";
-        QTest::newRow("SMART offline test") << disk << 0 << registers(0xD4, 0, 1, 0x4F, 0xC2, 0, 0xB0) << "0xD4";
         QTest::newRow("SMART READ DATA without the key") << disk << 0 << registers(0xD0, 1, 1, 0, 0, 0, 0xB0) << "0xB0";
         QTest::newRow("IDENTIFY with an address") << disk << 0 << registers(0, 1, 0, 0, 0, 0x4F, 0xEC) << "not allowed";
         QTest::newRow("SMART READ DATA of 255 sectors") << disk << 1 << registers(0xD0, 0xFF, 1, 0x4F, 0xC2, 0, 0xB0)
@@ -222,9 +218,7 @@ private slots:
         QTest::addColumn<uint>("length");
         QTest::addColumn<QString>("says");
         const QByteArray disk("sim://0");
-        QTest::newRow("past the end") << disk << qint64(0) << 0ull << 512u << "outside the disk";
         QTest::newRow("across the end") << disk << qint64(512) << 0ull << 1024u << "outside the disk";
-        QTest::newRow("wrapping round") << disk << qint64(-1) << (~0ull - 511) << 1024u << "outside the disk";
         QTest::newRow("half a sector") << disk << qint64(-1) << 100ull << 512u << "whole 512-byte sectors";
         QTest::newRow("nothing") << disk << qint64(-1) << 0ull << 0u << "whole 512-byte sectors";
         QTest::newRow("too much at once") << disk << qint64(-1) << 0ull << (2u << 20) << "at most";

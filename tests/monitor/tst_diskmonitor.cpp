@@ -1,3 +1,5 @@
+#include "TestFiles.h"
+
 #include "device/simulated/SimulatedBackend.h"
 #include "monitor/ATA_Smart.h"
 #include "monitor/DiskMonitor.h"
@@ -46,11 +48,9 @@ class TestDiskMonitor : public QObject
     {
         const QString folder = m_home->filePath(QStringLiteral("disks"));
         QDir().mkpath(folder);
-        for (int i = 0; i < disks.size(); ++i) {
-            QFile file(QStringLiteral("%1/%2.json").arg(folder).arg(i));
-            if (!file.open(QIODevice::WriteOnly) || file.write(disks.at(i)) != disks.at(i).size())
+        for (int i = 0; i < disks.size(); ++i)
+            if (!TestFiles::write(QStringLiteral("%1/%2.json").arg(folder).arg(i), disks.at(i)))
                 qFatal("cannot write a disk description");
-        }
         QStringList errors;
         std::shared_ptr<DriveBackend> backend = SimulatedBackend::load({folder}, &errors);
         if (!errors.isEmpty())

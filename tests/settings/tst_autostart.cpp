@@ -1,3 +1,5 @@
+#include "TestFiles.h"
+
 #include "settings/Autostart.h"
 
 #include <QDir>
@@ -106,10 +108,7 @@ private slots:
         QFETCH(bool, found);
         QFETCH(QString, exec);
         QVERIFY(QDir().mkpath(m_config.filePath(QStringLiteral("autostart"))));
-        QFile file(Autostart::entryPath());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(entry);
-        file.close();
+        QVERIFY(TestFiles::write(Autostart::entryPath(), entry));
         QCOMPARE(Autostart::registeredCommandLine(), found ? std::optional<QString>(exec) : std::nullopt);
     }
 
@@ -117,11 +116,10 @@ private slots:
     {
         QCOMPARE(Autostart::setAutostart(false, QString()), int(Autostart::RemoveFailed)); // there is no entry
         // The autostart folder's place is taken by a file.
-        QFile blocker(m_config.filePath(QStringLiteral("autostart")));
-        QVERIFY(blocker.open(QIODevice::WriteOnly));
-        blocker.close();
+        const QString blocker = m_config.filePath(QStringLiteral("autostart"));
+        QVERIFY(TestFiles::write(blocker, {}));
         QCOMPARE(Autostart::setAutostart(true, QStringLiteral("/opt/Korvane")), int(Autostart::FolderUnavailable));
-        QVERIFY(blocker.remove());
+        QVERIFY(QFile::remove(blocker));
         // The entry's place is taken by a folder: it cannot be written, and nothing is left behind.
         QVERIFY(QDir().mkpath(Autostart::entryPath()));
         QCOMPARE(Autostart::setAutostart(true, QStringLiteral("/opt/Korvane")), int(Autostart::WriteFailed));
