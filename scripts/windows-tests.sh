@@ -43,6 +43,11 @@ cross_build() {
 # Runs the tests of the build in $1 under wine; their prefix and WINEDEBUG come from the build.
 run_tests() {
     say "running the tests under wine (the first run makes the wine prefix, some seconds)"
+    # A prefix made while wine ran 64-bit programs only has no syswow64, and once wine32 is
+    # installed the launcher cannot start it ("could not load kernel32.dll"): it is made again.
+    if wine_runs_32bit && [ -d "$1/wineprefix" ] && [ ! -d "$1/wineprefix/drive_c/windows/syswow64" ]; then
+        rm -rf "$1/wineprefix"
+    fi
     (cd "$1" && ctest --output-on-failure --timeout 300 -j "${KORVANE_JOBS:-$(nproc)}" "${ctest_args[@]}")
 }
 
