@@ -315,6 +315,7 @@ private slots:
         // The drive still holds the first command: the next poll leaves it alone.
         QCOMPARE(service.reReadSMART(false), QList<int>{0});
         QCOMPARE(m_held.load(), 1);
+        QTRY_COMPARE(over.count(), 3); // disk 0 has reported this poll before the next one starts
 
         // When it lets go at last, what it brings is dropped, and it is read again.
         releaseAndJoin();
