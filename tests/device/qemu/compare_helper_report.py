@@ -7,13 +7,13 @@ image must be byte for byte what it was before the VM ran.
 """
 
 import argparse
-import json
 import os
 import re
 import sys
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from compare_vm_report import Checker, check_identity, check_smart, disks_of, read_report  # noqa: E402
+from compare_vm_report import (Checker, add_disk_arguments, check_identity, check_smart, disks_of,  # noqa: E402
+                               read_report, smartctl_of)
 
 REFUSED = "org.korvane.Helper1.Error.Refused"
 NOT_AUTHORISED = "org.korvane.Helper1.Error.NotAuthorized"
@@ -31,9 +31,7 @@ REFUSALS = [
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    for option in ("report", "model", "serial", "firmware", "before", "after"):
-        parser.add_argument("--" + option, required=True)
-    parser.add_argument("--capacity", type=int, required=True)
+    add_disk_arguments(parser)
     args = parser.parse_args()
 
     c = Checker("helper")
@@ -46,11 +44,7 @@ def main():
     # The root file system's virtio disk is named as one Korvane does not read; nothing else.
     stray = [l for l in report.get("korvanectl-stderr", "").splitlines() if l.strip() and "/dev/vda" not in l]
     c.equal("korvanectl stderr besides the virtio disk", stray, [])
-    try:
-        smart = json.loads(report.get("smartctl", ""))
-    except ValueError as e:
-        c.true(f"unreadable smartctl JSON ({e})", False)
-        smart = {}
+    smart = smartctl_of(c, report)
     for disk in disks_of(c, report, "korvanectl")[:1]:
         check_identity(c, disk, smart, args)
         check_smart(c, disk, smart)

@@ -38,11 +38,12 @@ class Checker:
         self.failures = []
         self.checked = 0
         self.context = "root: "  # whose run of korvanectl is being checked
+        self.subject = "korvanectl"  # what the actual values of equal() come from
 
     def equal(self, what, actual, expected):
         self.checked += 1
         if actual != expected:
-            self.failures.append(f"{self.context}{what}: korvanectl {actual!r}, expected {expected!r}")
+            self.failures.append(f"{self.context}{what}: {self.subject} {actual!r}, expected {expected!r}")
 
     def true(self, what, condition):
         self.checked += 1
@@ -67,6 +68,22 @@ def read_report(c, path):
         return None
     c.true(f"the VM report is cut short (no end marker); sections: {sorted(report)}", "end" in report)
     return report
+
+
+def smartctl_of(c, report):
+    """smartctl's JSON from the report's "smartctl" section; {} (a failed check) when unreadable."""
+    try:
+        return json.loads(report.get("smartctl", ""))
+    except ValueError as e:
+        c.true(f"unreadable smartctl JSON ({e})", False)
+        return {}
+
+
+def add_disk_arguments(parser):
+    """The options of the checks of the helper's VM boots: the report and what the disk was made with."""
+    for option in ("report", "model", "serial", "firmware", "before", "after"):
+        parser.add_argument("--" + option, required=True)
+    parser.add_argument("--capacity", type=int, required=True)
 
 
 def disks_of(c, report, section):

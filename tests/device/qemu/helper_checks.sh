@@ -8,6 +8,9 @@ mount -t sysfs sysfs /sys
 mount -t devtmpfs devtmpfs /dev
 mount -t tmpfs tmpfs /run
 mount -t tmpfs tmpfs /tmp
+# The rules folder with the rule that stands for kvuser's session, for this boot only: the
+# desktop boot must find the folder as the package left it.
+mount --bind /kvtest-rules.d /etc/polkit-1/rules.d
 mkdir -p /run/dbus
 dbus-daemon --system --fork
 
