@@ -11,6 +11,7 @@
 #   - kvuser sends the helper what it must refuse: WRITE SECTORS and SECURITY ERASE UNIT straight
 #     to its D-Bus method, a sector read past the end of the disk, a device it did not list; and
 #     "kvother", whom no rule allows, asks for the disks;
+#   - kvuser scans the whole disk with korvanectl scan, piece by piece through the helper;
 # desktop: systemd boots without the rule, and getty logs kvuser in on tty1, so logind gives
 #   kvuser an active local session and polkit's own defaults decide. In that session an X server
 #   runs and Korvane is started from its menu entry (tests/device/qemu/desktop_session.sh); its

@@ -51,6 +51,11 @@ sda1=array:byte:47,100,101,118,47,115,100,97,49
     helper kvother ListDisks
     echo "=== unauthorised-command"
     helper kvother AtaCommand "$sda" int32:0 array:byte:0,1,0,0,0,0,236,0
+    # The whole surface through the helper, in the pieces the scan reads.
+    echo "=== scan"
+    setpriv --reuid=kvuser --regid=kvuser --init-groups --reset-env korvanectl scan 0 --json 2>&1
+    echo "=== scan-exit"
+    echo $?
     echo "=== capabilities"
     getcap -r /usr/bin /usr/libexec 2>/dev/null
     find /usr/bin/korvanectl /usr/bin/Korvane /usr/libexec/korvane-helper -perm /6000
