@@ -154,21 +154,32 @@ def check_volume(c, disk, statfs, args):
         c.equal("volume freeBytes", v.get("freeBytes"), block * available)
 
 
+def scan_of(c, report, section):
+    """The JSON object korvanectl scan printed in the section, or None (a failed check)."""
+    try:
+        return json.loads(report.get(section, ""))
+    except ValueError as e:
+        c.true(f"unreadable scan JSON ({e}): {report.get(section, '')[:400]!r}", False)
+        return None
+
+
+def check_clean_scan(c, report, section, sectors):
+    """The scan in the section ended well, read every sector and found nothing bad."""
+    c.equal("exit status", report.get(section + "-exit", "").strip(), "0")
+    scan = scan_of(c, report, section)
+    if scan is not None:
+        c.equal("sectorsScanned", scan.get("sectorsScanned"), sectors)
+        c.equal("blocksScanned", scan.get("blocksScanned"), -(-sectors // 61440))
+        c.equal("badRanges", scan.get("badRanges"), [])
+        c.equal("openFailed", scan.get("openFailed"), False)
+
+
 def check_scan(c, report, args):
     """The surface scan read every sector, found nothing bad, and changed nothing."""
     c.context = "scan: "
-    c.equal("exit status", report.get("scan-exit", "").strip(), "0")
     c.equal("stderr", report.get("scan-stderr", "").strip(), "")
-    try:
-        scan = json.loads(report.get("scan", ""))
-    except ValueError as e:
-        c.true(f"unreadable scan JSON ({e})", False)
-        return
     sectors = args.capacity // 512
-    c.equal("sectorsScanned", scan.get("sectorsScanned"), sectors)
-    c.equal("blocksScanned", scan.get("blocksScanned"), -(-sectors // 61440))
-    c.equal("badRanges", scan.get("badRanges"), [])
-    c.equal("openFailed", scan.get("openFailed"), False)
+    check_clean_scan(c, report, "scan", sectors)
     c.context = "scan through a read-only node: "
     text = report.get("scan-readonly-node", "")
     c.true(f"completes: {text!r}", f"Scan Disk Complete\nTotal Blocks scanned: {-(-sectors // 61440)}\n"
@@ -187,10 +198,8 @@ def check_bad_scan(c, report):
     scan also loses the other sectors of the two pages (4656-4671), and nothing else."""
     for size, first, last in ((65536, 4608, 4735), (512, 4656, 4671)):
         c.context = f"scan of a disk with bad sectors, {size}-byte pieces: "
-        try:
-            scan = json.loads(report.get(f"scan-bad-{size}", ""))
-        except ValueError as e:
-            c.true(f"unreadable scan JSON ({e}): {report.get(f'scan-bad-{size}', '')!r}", False)
+        scan = scan_of(c, report, f"scan-bad-{size}")
+        if scan is None:
             continue
         bad = set()
         for pair in scan.get("badRanges", []):
