@@ -22,6 +22,23 @@
 
 namespace {
 
+// Repeats a read step from where the last one stopped until length bytes are done or the end
+// comes: the bytes done, or the step's -errno as soon as one fails.
+template <typename Step>
+std::int64_t continued(std::uint32_t length, Step step)
+{
+    std::uint32_t done = 0;
+    while (done < length) {
+        const ssize_t n = step(done);
+        if (n < 0)
+            return n;
+        if (n == 0)
+            break;
+        done += std::uint32_t(n);
+    }
+    return done;
+}
+
 constexpr std::uint32_t kRemovableMedia = 11;
 constexpr int kSectorBytes = 512;
 constexpr unsigned kCommandTimeoutMs = 10000;
@@ -613,17 +630,13 @@ std::int64_t LinuxBackend::readAt(DiskHandle handle, std::uint64_t offset, std::
         target = bounce.get();
     }
 
-    std::uint32_t done = 0;
-    while (done < length) {
-        const ssize_t n = m_env.system->pread(int(handle), target + done, length - done, off_t(offset + done));
-        if (n < 0)
-            return -1;
-        if (n == 0)
-            break;
-        done += std::uint32_t(n);
-    }
+    const std::int64_t done = continued(length, [&](std::uint32_t at) {
+        return m_env.system->pread(int(handle), target + at, length - at, off_t(offset + at));
+    });
+    if (done < 0)
+        return -1;
     if (bounce)
-        std::memcpy(buffer, target, done);
+        std::memcpy(buffer, target, std::size_t(done));
     return done;
 }
 
@@ -637,16 +650,10 @@ std::int64_t LinuxBackend::verifyAt(DiskHandle handle, std::uint64_t offset, std
     // the cache, so it keeps the buffer.
     if (device.directIo)
         return readAt(handle, offset, scratch, length);
-    std::uint32_t done = 0;
-    while (done < length) {
-        const ssize_t n = m_env.system->discard(int(handle), length - done, off_t(offset + done));
-        if (n == -EINVAL && done == 0)
-            return readAt(handle, offset, scratch, length); // a file system without splicing
-        if (n < 0)
-            return -1;
-        if (n == 0)
-            break;
-        done += std::uint32_t(n);
-    }
-    return done;
+    const std::int64_t done = continued(length, [&](std::uint32_t at) {
+        return m_env.system->discard(int(handle), length - at, off_t(offset + at));
+    });
+    if (done == -EINVAL)
+        return readAt(handle, offset, scratch, length); // a file system without splicing
+    return done < 0 ? -1 : done;
 }
